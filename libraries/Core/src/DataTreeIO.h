@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Patient.h"
+
+/// Reader and writer of a patient store. The concrete one is made by createXMLDataTreeIOFactory.
+class DataTreeIO
+{
+public:
+    virtual ~DataTreeIO() = default;
+
+    /// The registry of writers by scheme.
+    static CaFactory<DataTreeIO>& getFactory();
+
+    /// The folder below which imports copy their files, of the store that is open. An empty URI if
+    /// none is.
+    static kelp::URI binaryDataDirUri();
+
+    /// Opens or makes the store in this folder and takes its lock. An error when another process
+    /// holds it or the folder cannot be used.
+    virtual CaError open(const QString& folder) = 0;
+    virtual QString getFolder() const = 0;
+    virtual CaError listPatients(QList<DataPointer<Patient>>& patients) = 0;
+    virtual CaError savePatient(Patient& patient) = 0;
+    virtual CaError loadPatient(Patient& patient) = 0;
+    virtual CaError removePatient(const QString& guid) = 0;
+};

@@ -1,0 +1,1 @@
+#include "kelpColorTransferFunction.h"

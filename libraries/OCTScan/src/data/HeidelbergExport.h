@@ -1,0 +1,45 @@
+#pragma once
+
+#include "OCTScan.h"
+
+#include <QDate>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+namespace kelp::oct {
+
+/// What an export says of one of its series, before any image is read. Shared by the loading
+/// widget, the batch import and the command line.
+struct ExportSeries
+{
+    QString id;
+    QString modality;
+    QString type;               ///< the export's own word: "Volume", "Fast Volume", "Section", ...
+    QString patternText;        ///< the text of the OCTScanPattern that the type stands for
+    QString acquisitionTime;    ///< "HH:MM:SS" of the first image
+    QStringList imageFileNames; ///< bare names in file order, localizer included
+    bool complete = false;      ///< has ID, Modality and Type
+    bool isOCT() const { return complete && modality == "OCT"; }
+    /// An OCT series of a pattern that the segmentation chains accept.
+    bool canBeSegmented() const;
+};
+
+/// All series of the whole document, in order. Throws kelp::IOFailure or kelp::ParsingError, each
+/// naming the file and the reason, for a file that cannot be opened, is empty or is not XML.
+QList<ExportSeries> readExportSeries(const QString& xmlPath);
+
+/// A scan, not yet loaded, of this series of this XML file. The image files are listed on it.
+OCTScanPtr makeScan(const QString& xmlPath, const QString& seriesId, const QStringList& imagePaths);
+
+/// How a batch import reports what goes wrong with one series while it goes on with the next.
+using ImportProblem = std::function<void(const QString& text)>;
+
+/// The scans of every OCT series of an XML file, each with its files copied into a folder of its
+/// own below targetFolder. A file that cannot be read or parsed gives no scans.
+QList<OCTScanPtr> importScans(const QString& xmlPath, const QString& targetFolder,
+                              const ImportProblem& reportProblem);
+
+} // namespace kelp::oct

@@ -1,0 +1,1 @@
+#include "LayerName.h"

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <cstddef>
+
+namespace kelp::oct {
+
+/// What one graph cut cost.
+struct CutStatistics
+{
+    std::size_t columns = 0; ///< unmasked columns over all surfaces
+    std::size_t nodes = 0;
+    std::size_t edges = 0;
+    double buildSeconds = 0.0;
+    double solveSeconds = 0.0;
+};
+
+/// What one step of a chain cost.
+struct StepStatistics
+{
+    QString name; ///< the slot's, for instance "segmentCoarse"
+    double seconds = 0.0;
+    QList<CutStatistics> cuts;
+    std::size_t peakMemoryBytes = 0; ///< highest resident size of the process so far
+};
+
+/// The highest resident size of this process so far.
+std::size_t peakResidentBytes();
+
+} // namespace kelp::oct

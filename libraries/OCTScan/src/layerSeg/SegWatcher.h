@@ -1,0 +1,67 @@
+#pragma once
+
+#include "SegStatistics.h"
+
+#include <QObject>
+#include <QString>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+
+namespace kelp::oct {
+
+/// Shared by the interface, the worker and the graph: the step counters, the abort flag, and the
+/// signals of a run. Lives on the user-interface thread; every method may be called from any
+/// thread.
+class SegWatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    SegWatcher();
+
+    bool isAborted() const { return m_abortFlag->load(std::memory_order_relaxed); }
+    /// The address that the solver reads while it works. Lives as long as this object.
+    const std::atomic<bool>* getAbortFlag() const { return m_abortFlag.get(); }
+    /// Sets the flag without a signal and leaves the counters, so that a step under way unwinds.
+    void requestAbort() { m_abortFlag->store(true, std::memory_order_relaxed); }
+
+    void addStep();
+    void startStep();
+    void finishStep();
+    /// From 0 to 1 within the current step.
+    void setStepProgress(float fraction);
+    void setStatus(const QString& message);
+    /// Emits segmentationFailure, then sets the flag and clears the counters.
+    void fail(const QString& message);
+    /// As fail with "Segmentation was aborted."
+    void abort();
+    /// Clears flag, counters and statistics.
+    void reset();
+
+    /// Statistics: what ran since reset. A step that is called by another is not told apart.
+    void beginStepStatistics(const QString& name);
+    void endStepStatistics();
+    void addCutStatistics(const CutStatistics& cut);
+    QList<StepStatistics> getStatistics() const;
+
+signals:
+    void segmentationStarted();
+    void statusChanged(QString message);
+    void segmentationSuccess();
+    void segmentationFailure(QString message);
+    void segmentationProgress(int percentageFinished);
+
+private:
+    std::atomic<unsigned> m_nrSteps{0};
+    std::atomic<unsigned> m_currentStep{0};
+    std::shared_ptr<std::atomic<bool>> m_abortFlag;
+
+    mutable std::mutex m_statisticsMutex;
+    QList<StepStatistics> m_statistics;
+    std::chrono::steady_clock::time_point m_stepStart;
+};
+
+} // namespace kelp::oct

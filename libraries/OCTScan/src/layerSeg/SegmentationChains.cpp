@@ -1,0 +1,1 @@
+#include "SegmentationChains.h"

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <vector>
+
+/// Synthetic exports with known surfaces, for tests, benchmarks and demonstrations.
+namespace kelp::phantom {
+
+enum class Pattern
+{
+    Volume,
+    Section,
+    Circle,
+    Star
+};
+enum class Kind
+{
+    Normal,
+    Drusen,
+    Mouse
+};
+
+struct Options
+{
+    Pattern pattern = Pattern::Volume;
+    Kind kind = Kind::Normal;
+    int aScans = 512;
+    int rows = 496;
+    int bScans = 49; ///< Section and Circle have one all the same
+    bool rightEye = true;
+    std::uint64_t seed = 1;
+    QString imageFormat = "tif"; ///< tif, bmp, png, jpg
+    double noise = 1.0;          ///< 0 = none, 1 = as a real device
+    int localizerSize = 768;
+};
+
+/// One surface over the scan: rows[bScan][aScan] of the first pixel at or below it.
+struct Surface
+{
+    QString identifier; ///< "ILM", "GCL", "INL", "ONL", "ISe", "IRPE" (drusen only), "BM"
+    std::vector<std::vector<unsigned short>> rows;
+};
+
+struct Export
+{
+    QString xmlPath;
+    QString seriesId;
+    QStringList imagePaths;
+    QList<Surface> surfaces;
+    double foveaX = 0.0; ///< mm on the localizer
+    double foveaY = 0.0;
+};
+
+/// Writes the XML file, its images and truth_<identifier>.csv into the folder, which is made if
+/// need be. The same options give the same bytes. Throws kelp::IOFailure with path and reason, and
+/// kelp::Assertion for options outside what can be made.
+Export writeExport(const QString& folder, const Options& options);
+
+} // namespace kelp::phantom

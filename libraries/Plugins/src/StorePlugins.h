@@ -1,0 +1,8 @@
+#pragma once
+
+/// Registers file access. Returns 1; a second call creates nothing.
+int createFileIOFactory();
+
+/// Registers the reader and writer of the stored tree in DataTreeIO::getFactory() under "xml".
+/// Returns 1; a second call creates nothing.
+int createXMLDataTreeIOFactory();

@@ -1,1 +1,131 @@
 #include "SegWatcher.h"
+
+#include <cmath>
+
+#include <sys/resource.h>
+
+namespace kelp::oct {
+
+std::size_t peakResidentBytes()
+{
+    rusage usage{};
+    if (getrusage(RUSAGE_SELF, &usage) != 0) {
+        return 0;
+    }
+    return static_cast<std::size_t>(usage.ru_maxrss) * 1024; // Linux counts kilobytes
+}
+
+SegWatcher::SegWatcher() : m_abortFlag(std::make_shared<std::atomic<bool>>(false)) {}
+
+void SegWatcher::addStep()
+{
+    ++m_nrSteps;
+}
+
+void SegWatcher::startStep()
+{
+    const unsigned currentStep = ++m_currentStep;
+    if (currentStep == 1) {
+        emit segmentationStarted();
+    } else {
+        emit statusChanged(
+            QString("Segmentation step %1 of %2 has started").arg(currentStep).arg(m_nrSteps));
+    }
+}
+
+void SegWatcher::finishStep()
+{
+    // An abort may fall between a step's last check and its end. The run has then told its failure,
+    // must not tell a success as well, and stays stopped until it is reset.
+    if (isAborted()) {
+        return;
+    }
+    const unsigned currentStep = m_currentStep;
+    const unsigned nrSteps = m_nrSteps;
+    if (currentStep < nrSteps) {
+        emit statusChanged(
+            QString("Segmentation step %1 of %2 has finished \n\n").arg(currentStep).arg(nrSteps));
+        return;
+    }
+    emit segmentationSuccess();
+    m_nrSteps = 0;
+    m_currentStep = 0;
+}
+
+void SegWatcher::setStepProgress(float fraction)
+{
+    const unsigned planned = m_nrSteps;
+    if (planned == 0) {
+        return;
+    }
+    const auto nrSteps = static_cast<float>(planned);
+    const auto currentStep = static_cast<float>(m_currentStep.load());
+    const float percentage = ((currentStep - 1.0F) / nrSteps + fraction / nrSteps) * 100.0F;
+    emit segmentationProgress(static_cast<int>(std::lrint(percentage)));
+}
+
+void SegWatcher::setStatus(const QString& message)
+{
+    emit statusChanged(message);
+}
+
+void SegWatcher::fail(const QString& message)
+{
+    emit segmentationFailure(message);
+    m_abortFlag->store(true, std::memory_order_relaxed);
+    m_nrSteps = 0;
+    m_currentStep = 0;
+}
+
+void SegWatcher::abort()
+{
+    fail("Segmentation was aborted.");
+}
+
+void SegWatcher::reset()
+{
+    m_abortFlag->store(false, std::memory_order_relaxed);
+    m_nrSteps = 0;
+    m_currentStep = 0;
+    const std::lock_guard lock(m_statisticsMutex);
+    m_statistics.clear();
+    m_openSteps.clear();
+}
+
+void SegWatcher::beginStepStatistics(const QString& name)
+{
+    const std::lock_guard lock(m_statisticsMutex);
+    m_openSteps.append({m_statistics.size(), std::chrono::steady_clock::now()});
+    StepStatistics step;
+    step.name = name;
+    m_statistics.append(step);
+}
+
+void SegWatcher::endStepStatistics()
+{
+    const std::lock_guard lock(m_statisticsMutex);
+    if (m_openSteps.isEmpty()) {
+        return;
+    }
+    const OpenStep open = m_openSteps.takeLast();
+    StepStatistics& step = m_statistics[open.index];
+    step.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - open.start).count();
+    step.peakMemoryBytes = peakResidentBytes();
+}
+
+void SegWatcher::addCutStatistics(const CutStatistics& cut)
+{
+    const std::lock_guard lock(m_statisticsMutex);
+    if (!m_openSteps.isEmpty()) {
+        m_statistics[m_openSteps.last().index].cuts.append(cut);
+    }
+}
+
+QList<StepStatistics> SegWatcher::getStatistics() const
+{
+    const std::lock_guard lock(m_statisticsMutex);
+    return m_statistics;
+}
+
+} // namespace kelp::oct

@@ -41,7 +41,9 @@ public:
     /// Clears flag, counters and statistics.
     void reset();
 
-    /// Statistics: what ran since reset. A step that is called by another is not told apart.
+    /// Statistics: what ran since reset, in order of begin. A step that another one calls has an
+    /// entry of its own, and its cuts count there; its seconds count in both. A cut outside of any
+    /// step is not recorded.
     void beginStepStatistics(const QString& name);
     void endStepStatistics();
     void addCutStatistics(const CutStatistics& cut);
@@ -60,8 +62,14 @@ private:
     std::shared_ptr<std::atomic<bool>> m_abortFlag;
 
     mutable std::mutex m_statisticsMutex;
+    struct OpenStep
+    {
+        int index = 0;
+        std::chrono::steady_clock::time_point start;
+    };
+
     QList<StepStatistics> m_statistics;
-    std::chrono::steady_clock::time_point m_stepStart;
+    QList<OpenStep> m_openSteps; ///< the innermost last
 };
 
 } // namespace kelp::oct

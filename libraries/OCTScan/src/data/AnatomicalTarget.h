@@ -8,7 +8,7 @@ namespace kelp::oct {
 class AnatomicalTarget
 {
 public:
-    virtual QString toString() const { return "Undefined"; }
+    virtual QString toString() const { return QStringLiteral("Undefined"); }
     virtual ~AnatomicalTarget() = default;
 };
 
@@ -25,25 +25,25 @@ inline bool operator!=(const AnatomicalTarget& a, const AnatomicalTarget& b)
 class LeftEye : public AnatomicalTarget
 {
 public:
-    QString toString() const override { return "OS"; }
+    QString toString() const override { return QStringLiteral("OS"); }
 };
 
 class RightEye : public AnatomicalTarget
 {
 public:
-    QString toString() const override { return "OD"; }
+    QString toString() const override { return QStringLiteral("OD"); }
 };
 
 class BothEyes : public AnatomicalTarget
 {
 public:
-    QString toString() const override { return "OU"; }
+    QString toString() const override { return QStringLiteral("OU"); }
 };
 
 class UnknownEye : public AnatomicalTarget
 {
 public:
-    QString toString() const override { return "O_Unknown"; }
+    QString toString() const override { return QStringLiteral("O_Unknown"); }
 };
 
 } // namespace kelp::oct

@@ -39,7 +39,14 @@ public:
     /// The texts that name the images that were loaded, in file order.
     const QStringList& getImageUrls() const { return m_imageUrls; }
 
+    /// Why decode failed, or what is wrong with the first image that could not be used although
+    /// decode went on: a plain sentence that names the file. Empty when all is well.
+    const QString& getFailureReason() const { return m_failureReason; }
+
 protected:
+    /// The first problem is kept in words, further ones are counted.
+    void addProblem(const QString& sentence);
+
     QMap<QString, QVariant> m_metaInfo;
     QString m_scanPattern;
     QString m_anatomicalTarget;
@@ -51,4 +58,9 @@ protected:
     QList<double> m_bScanAxialResolutions;
     QList<QMap<QString, QVariant>> m_bScanMetaInfos;
     QStringList m_imageUrls;
+
+private:
+    QString m_failureReason;
+    QString m_firstProblem;
+    int m_problemCount = 0;
 };

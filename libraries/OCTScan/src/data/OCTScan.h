@@ -12,6 +12,11 @@
 
 #include <QStringList>
 
+class OCTDecoder;
+namespace kelp {
+struct Place;
+}
+
 /// A place in a volume: B-scan number and A-scan number, with fractions.
 struct VolumeIndex
 {
@@ -49,6 +54,9 @@ public:
     virtual void doBinLoad();
     void ensureLoaded();
     bool isLoaded() const { return m_loaded; }
+    /// What the decoder said of the last doBinLoad: a plain sentence that names the file, or empty.
+    /// A caller that catches a failure of loading shows this rather than the failure's own text.
+    const QString& getLoadProblem() const { return m_loadProblem; }
 
     QSharedPointer<kelp::oct::BScan> getBScan(unsigned index) const;
     int getBScanCount() const { return m_bScans.size(); }
@@ -84,13 +92,28 @@ public:
     CoordOnLocalizer volumeIndexToLocalizerCoords(int bScan, int aScan) const;
 
 private:
+    void takeOver(const OCTDecoder& decoder);
+    void appendBScan(const OCTDecoder& decoder, unsigned index);
+    QString patternText() const;
+    template <typename... Patterns>
+    bool hasPattern() const
+    {
+        const QString text = patternText();
+        return ((text == Patterns().toString()) || ...);
+    }
+    const QSharedPointer<kelp::oct::BScan>& bScanAt(unsigned index) const;
+    const Vector2d& position(unsigned bScan, unsigned aScan) const;
+    void checkTwoBScans(const kelp::Place& place) const;
+    CoordOnLocalizer gridPosition(const kelp::Place& place, double bScan, double aScan) const;
+
     QList<QSharedPointer<kelp::oct::BScan>> m_bScans;
     QSharedPointer<kelp::oct::OCTScanPattern> m_pattern;
     QSharedPointer<kelp::oct::Localizer> m_localizer;
     QMap<QString, QVariant> m_metaInfo;
     QSharedPointer<kelp::oct::AnatomicalTarget> m_target;
-    QStringList m_unused;
+    QStringList m_reserved; ///< part of the scan's record; nothing fills it
     bool m_loaded = false;
+    QString m_loadProblem;
 };
 
 using OCTScanPtr = DataPointer<OCTScan>;

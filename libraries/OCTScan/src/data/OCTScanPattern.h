@@ -8,7 +8,7 @@ namespace kelp::oct {
 class OCTScanPattern
 {
 public:
-    virtual QString toString() const { return "Invalid"; }
+    virtual QString toString() const { return QStringLiteral("Invalid"); }
     virtual ~OCTScanPattern() = default;
 };
 
@@ -25,31 +25,31 @@ inline bool operator!=(const OCTScanPattern& a, const OCTScanPattern& b)
 class OCTScanPatternVolume : public OCTScanPattern
 {
 public:
-    QString toString() const override { return "Volume"; }
+    QString toString() const override { return QStringLiteral("Volume"); }
 };
 
 class OCTScanPatternSingleBScan : public OCTScanPattern
 {
 public:
-    QString toString() const override { return "Single BScan"; }
+    QString toString() const override { return QStringLiteral("Single BScan"); }
 };
 
 class OCTScanPatternCircularBScan : public OCTScanPattern
 {
 public:
-    QString toString() const override { return "Circular BScan"; }
+    QString toString() const override { return QStringLiteral("Circular BScan"); }
 };
 
 class OCTScanPatternStar : public OCTScanPattern
 {
 public:
-    QString toString() const override { return "Star"; }
+    QString toString() const override { return QStringLiteral("Star"); }
 };
 
 class OCTScanPatternUnknown : public OCTScanPattern
 {
 public:
-    QString toString() const override { return "Unknown"; }
+    QString toString() const override { return QStringLiteral("Unknown"); }
 };
 
 } // namespace kelp::oct

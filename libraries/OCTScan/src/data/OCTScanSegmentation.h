@@ -19,9 +19,15 @@ struct FoveaPosition
 };
 
 /// The surfaces of every B-scan of one scan, the exclusion mask and the fovea. Saved with its study
-/// as base64 text in the attribute "Data", which is decoded at first use.
+/// as base64 text in the attribute "Data", which is decoded at first use: ensureDecoded,
+/// setVolumeLayer, setEmptySegmentation and getFoveaPosition decode, the other readers want it
+/// done.
 ///
-/// Failures are kelp::Assertion. No lock: one thread at a time.
+/// A stored text that ends too early reads as zeros to the end of its counts. One whose counts
+/// neither its own bytes nor any scan could fill throws kelp::ParsingError instead of asking for
+/// the memory; the segmentation then keeps its text, and saving it gives that text back.
+///
+/// All other failures are kelp::Assertion. No lock: one thread at a time.
 class OCTScanSegmentation : public ProcessData
 {
     Q_OBJECT
@@ -48,9 +54,11 @@ public:
     OCTScanPtr getOCT() const { return m_oct; }
     /// Made when there is none.
     SegmentationMaskPtr getMask();
-    FoveaPosition getFoveaPosition();
+    FoveaPosition getFoveaPosition() const;
     void setFoveaPosition(const FoveaPosition& fovea) { m_fovea = fovea; }
-    void ensureDecoded();
+    /// Does nothing once decoded. Throws ParsingError for a damaged text, and whatever loading the
+    /// scan throws.
+    void ensureDecoded() const;
 
     /// The payload as base64 without line breaks.
     QString toBase64String() const;
@@ -63,15 +71,19 @@ public:
     CaError doLoad(DataTreeNode* node, DataLoadContext& context) override;
 
 private:
-    void initializeFromBase64String();
+    void initializeFromBase64String() const;
 
     OCTScanPtr m_oct;
+    /// Of the scan at construction; informative.
     QString m_octGUID;
-    QString m_storedData;
-    QSharedPointer<QVector<BScanSegmentationPtr>> m_bScanSegmentations;
-    SegmentationMaskPtr m_mask;
-    FoveaPosition m_fovea;
-    bool m_decoded = false;
+    // Mutable, since reading decodes.
+    /// The text as loaded; empty once decoded.
+    mutable QString m_storedData;
+    /// Null until decoded.
+    mutable QSharedPointer<QVector<BScanSegmentationPtr>> m_bScanSegmentations;
+    mutable SegmentationMaskPtr m_mask;
+    mutable FoveaPosition m_fovea;
+    mutable bool m_decoded = false;
 };
 
 } // namespace kelp::oct

@@ -8,6 +8,8 @@
 #include <QRectF>
 #include <QSharedPointer>
 
+#include <vector>
+
 namespace kelp::oct {
 
 /// One byte per A-scan, nonzero = excluded.
@@ -32,7 +34,8 @@ public:
 
     /// Loads the scan if need be and makes an empty matrix for it; the polygons stay.
     void setOCT(const OCTScanPtr& scan);
-    /// Excludes every A-scan whose position on the localizer lies inside (odd-even rule).
+    /// Excludes every A-scan whose position on the localizer lies inside (odd-even rule). Polygons
+    /// add up. Passes on the scan's NotImplemented for patterns without positions.
     void addPolygon(QPolygonF polygon);
     void clear();
 
@@ -45,10 +48,15 @@ public:
     QRectF getBoundingRect() const { return m_boundingRect; }
 
 private:
+    /// Asks the scan once for the positions of all its A-scans.
+    void findPositions();
+
     OCTScanPtr m_oct;
     QList<QPolygonF> m_polygons;
     MaskMatrixPtr m_mask;
     QRectF m_boundingRect;
+    /// One per element of the matrix, millimetres on the localizer; empty until a polygon needs it.
+    std::vector<QPointF> m_positions;
 };
 
 using SegmentationMaskPtr = QSharedPointer<SegmentationMask>;

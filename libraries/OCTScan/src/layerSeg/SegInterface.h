@@ -54,8 +54,11 @@ signals:
     void segmentationProgress(int percentageFinished);
 
 private:
-    /// Unwinds the worker thread, by force if it must.
+    /// Unwinds the worker thread, by force if it must, and drops what waits in its queue.
     void stopThread();
+    /// Counts a step and hands it to the worker.
+    template <typename... Arguments>
+    void queueStep(const char* slot, const char* failure, const Arguments&... arguments);
 
     QSharedPointer<SegWatcher> m_watcher;
     QSharedPointer<SegWorker> m_worker;

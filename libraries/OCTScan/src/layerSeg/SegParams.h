@@ -1,5 +1,6 @@
 #pragma once
 
+#include "InnerDistProps.h"
 #include "SegmentationMask.h"
 
 namespace kelp::oct {
@@ -70,5 +71,16 @@ struct OuterSegParams
     float rangeFactor = 2.7F;
     float unused = -1000.0F;
 };
+
+// The records as the steps fill them.
+
+ILMSegParams ilmParams(const MaskMatrixPtr& mask);
+OuterSegParams healthyOuterParams(const MaskMatrixPtr& mask);
+InnerSegParams healthyInnerParams(const MaskMatrixPtr& mask);
+OuterSegParams bmParams(const MaskMatrixPtr& mask);
+OuterSegParams drusenParams(const MaskMatrixPtr& mask);
+/// rpeThicknessVarWeight: how firmly ISe and BM are held at their distance.
+OuterSegParams constantOuterParams(const MaskMatrixPtr& mask, float rpeThicknessVarWeight);
+InnerSegParams constantInnerParams(const MaskMatrixPtr& mask, const InnerDistProps& distProps);
 
 } // namespace kelp::oct

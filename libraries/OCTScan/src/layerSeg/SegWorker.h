@@ -5,13 +5,14 @@
 #include "OCTScanSegmentation.h"
 #include "SegParams.h"
 #include "SegWatcher.h"
-#include "SliceStackGraphQPBO.h"
 
 #include <QList>
 #include <QObject>
 #include <QSharedPointer>
 
 namespace kelp::oct {
+
+class SegStep;
 
 /// The steps of the segmentation chains, as slots that run on the worker thread one after the
 /// other. No kelp::Exception leaves a slot: each failure ends in SegWatcher::fail. The slots read
@@ -40,6 +41,10 @@ public slots:
 public:
     using Distributions = QList<LayerDistributionPtr>;
 
+    // The functions behind the slots. Targets are filled, and are to have the size of the scan.
+    // They throw kelp::Exception or kelp::Assertion, and return early when the run is to stop.
+
+    /// Distances in coarse rows; the results have the full size.
     void segmentILMCoarse(const OCTScanPtr& scan, const MaskMatrixPtr& mask,
                           const VolumeLayerPtr& ilmCoarse, const VolumeLayerPtr& iseCoarse,
                           int minDist, int maxDist);
@@ -75,11 +80,21 @@ public:
                                          float gcl2inlDistMax, float inl2onlDistMin,
                                          float inl2onlDistMax);
 
-private:
-    void segmentILMCoarsePrivate(const VolumeLayerPtr& ilmCoarse, double ilmVoxel[3],
-                                 const VolumeLayerPtr& iseCoarse, double iseVoxel[3],
+    /// Puts layers of the coarse size in place of the two targets. A voxel is (x spacing, axial
+    /// spacing, distance of the B-scans) in mm.
+    void segmentILMCoarsePrivate(VolumeLayerPtr& ilmCoarse, double ilmVoxel[3],
+                                 VolumeLayerPtr& iseCoarse, double iseVoxel[3],
                                  const OCTScanPtr& scan, const MaskMatrixPtr& mask, int minDist,
                                  int maxDist);
+
+private:
+    /// Whether the run is to stop; then says so in the status.
+    bool stopped();
+    /// segmentCoarse and segmentCoarseMinMax. Distances in coarse rows.
+    void runCoarseStep(const char* slot, const OCTScanSegPtr& octSeg, int minDist, int maxDist);
+
+    /// segmentRPEHumanHealthy on what the model fits; false if the step has ended.
+    bool segmentRPEWithModel(SegStep& step, const OCTScanSegPtr& octSeg);
 
     QSharedPointer<SegWatcher> m_watcher;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "InnerDistProps.h"
 #include "OCTScanSegmentation.h"
 
 #include <QString>
@@ -25,6 +26,9 @@ QString chainName(SegmentationChain chain);
 
 /// The names of the chain's steps in order.
 QStringList chainSteps(SegmentationChain chain);
+
+/// The distances of the inner surfaces in a mouse retina.
+InnerDistProps mouseInnerDistances();
 
 /// Queues the steps of the chain with their numbers. The caller has called resetSegmentation.
 void queueChain(SegInterface& segInterface, const OCTScanSegPtr& segmentation,

@@ -21,7 +21,11 @@ struct ExportSeries
     QString patternText;        ///< the text of the OCTScanPattern that the type stands for
     QString acquisitionTime;    ///< "HH:MM:SS" of the first image
     QStringList imageFileNames; ///< bare names in file order, localizer included
+    QStringList bScanFileNames; ///< bare names of the B-scans alone, in order; empty where none
     bool complete = false;      ///< has ID, Modality and Type
+    /// Whether a scan of this id can be read: only the series of the patient's first study are
+    /// found, and of those with the same id the first.
+    bool decodable = false;
     bool isOCT() const { return complete && modality == "OCT"; }
     /// An OCT series of a pattern that the segmentation chains accept.
     bool canBeSegmented() const;
@@ -30,6 +34,13 @@ struct ExportSeries
 /// All series of the whole document, in order. Throws kelp::IOFailure or kelp::ParsingError, each
 /// naming the file and the reason, for a file that cannot be opened, is empty or is not XML.
 QList<ExportSeries> readExportSeries(const QString& xmlPath);
+
+/// What is wrong with the image files of the series, which are expected beside the XML file: one
+/// plain sentence for each that is missing or cannot be read, naming it and the reason.
+QStringList findImageProblems(const QString& xmlPath, const ExportSeries& series);
+
+/// Whether the segmentation chains accept scans of this pattern: all but stars and unknown ones.
+bool canBeSegmented(const OCTScanPattern& pattern);
 
 /// A scan, not yet loaded, of this series of this XML file. The image files are listed on it.
 OCTScanPtr makeScan(const QString& xmlPath, const QString& seriesId, const QStringList& imagePaths);

@@ -10,6 +10,7 @@
 #include <QMap>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <atomic>
 
@@ -70,7 +71,35 @@ public:
     /// error filled on failure.
     static Data* loadFromNode(DataTreeNode* node, DataLoadContext& context, CaError& error);
 
+    /// GUIDs of the items that were met as a reference only while the tree was read.
+    static QStringList unresolvedReferences(const DataLoadContext& context);
+
+    /// Keeps alive what loadFromNode makes while a tree is read, so that an item that nobody took
+    /// (its holder failed to load) can still be referred to. At the end of the outermost scope of
+    /// a context, items that nobody holds are deleted and leave the context.
+    class LoadScope
+    {
+    public:
+        explicit LoadScope(DataLoadContext& context);
+        LoadScope(const LoadScope&) = delete;
+        LoadScope& operator=(const LoadScope&) = delete;
+        ~LoadScope();
+
+        void hold(Data* item);
+        /// This one outlives the scope even if nobody holds it yet: its caller will.
+        void setResult(Data* item) { m_result = item; }
+
+    private:
+        DataLoadContext& m_context;
+        LoadScope* m_outer;
+        Data* m_result = nullptr;
+        QList<Data*> m_items;
+    };
+
 private:
+    static Data* instanceForNode(const DataTreeNode& node, DataLoadContext& context,
+                                 LoadScope& scope, CaError& error);
+
     QString m_id;
     QString m_guid;
     mutable std::atomic<int> m_references{0};

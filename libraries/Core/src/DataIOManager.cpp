@@ -1,1 +1,155 @@
 #include "DataIOManager.h"
+
+#include "kelpLog.h"
+
+#include <QDir>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+/// Members go in reverse order: the patients, whose studies read their bodies through the reader,
+/// before it.
+struct OpenStore
+{
+    std::unique_ptr<DataTreeIO> io;
+    QList<DataPointer<Patient>> patients;
+};
+
+std::unique_ptr<OpenStore>& current()
+{
+    static std::unique_ptr<OpenStore> store;
+    return store;
+}
+
+CaError ensureOpen()
+{
+    return DataIOManager::isStoreOpen() ? CaError::nullError : DataIOManager::openStore();
+}
+
+QString absoluteFolder(const QString& folder)
+{
+    return QDir::cleanPath(
+        QDir(folder.isEmpty() ? DataIOManager::defaultStoreFolder() : folder).absolutePath());
+}
+
+} // namespace
+
+CaError DataIOManager::openStore(const QString& folder)
+{
+    const QString wanted = absoluteFolder(folder);
+    if (isStoreOpen() && storeFolder() == wanted) {
+        return CaError::nullError;
+    }
+    auto store = std::make_unique<OpenStore>();
+    store->io.reset(DataTreeIO::getFactory().create("xml"));
+    if (!store->io) {
+        return CaError("NoStoreFormat", "No reader of stored trees is registered.", QString());
+    }
+    CaError error = store->io->open(wanted);
+    if (error == CaError::nullError) {
+        error = store->io->listPatients(store->patients);
+    }
+    if (error != CaError::nullError) {
+        return error;
+    }
+    for (const CaError& problem : store->io->getProblems()) {
+        kelp::Log::getInstance("libraries/Core/src/DataIOManager", "DataIOManager::openStore",
+                               __LINE__)
+            << problem.toString();
+    }
+    current() = std::move(store);
+    return CaError::nullError;
+}
+
+void DataIOManager::closeStore()
+{
+    current().reset();
+}
+
+bool DataIOManager::isStoreOpen()
+{
+    return current() != nullptr;
+}
+
+QString DataIOManager::storeFolder()
+{
+    return isStoreOpen() ? current()->io->getFolder() : QString();
+}
+
+QString DataIOManager::defaultStoreFolder()
+{
+    const QString named = qEnvironmentVariable("TESSERA_STORE");
+    return named.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                                 "/Tessera/store"
+                           : named;
+}
+
+CaError DataIOManager::getPatientList(QList<Patient*>& patients)
+{
+    patients.clear();
+    const CaError error = ensureOpen();
+    if (error != CaError::nullError) {
+        return error;
+    }
+    for (const DataPointer<Patient>& patient : current()->patients) {
+        patients.append(patient.data());
+    }
+    return CaError::nullError;
+}
+
+QList<CaError> DataIOManager::getProblems()
+{
+    return isStoreOpen() ? current()->io->getProblems() : QList<CaError>();
+}
+
+CaError DataIOManager::storePatient(const DataPointer<Patient>& patient)
+{
+    if (!patient) {
+        return CaError("NullArgument", "There is no patient to store.", QString());
+    }
+    CaError error = ensureOpen();
+    if (error == CaError::nullError) {
+        error = patient->save(current()->io.get());
+    }
+    if (error != CaError::nullError) {
+        return error;
+    }
+    QList<DataPointer<Patient>>& patients = current()->patients;
+    const auto known =
+        std::find_if(patients.begin(), patients.end(), [&](const DataPointer<Patient>& other) {
+            return other->getGUID() == patient->getGUID();
+        });
+    if (known == patients.end()) {
+        patients.append(patient);
+    } else {
+        *known = patient;
+    }
+    return CaError::nullError;
+}
+
+CaError DataIOManager::removePatient(const DataPointer<Patient>& patient)
+{
+    if (!patient || !isStoreOpen()) {
+        return CaError("NullArgument", "There is no patient to remove, or no open store.",
+                       QString());
+    }
+    const CaError error = current()->io->removePatient(patient->getGUID());
+    if (error != CaError::nullError) {
+        return error;
+    }
+    QList<DataPointer<Patient>>& patients = current()->patients;
+    patients.erase(std::remove_if(patients.begin(), patients.end(),
+                                  [&](const DataPointer<Patient>& other) {
+                                      return other->getGUID() == patient->getGUID();
+                                  }),
+                   patients.end());
+    return CaError::nullError;
+}
+
+DataTreeIO* DataIOManager::currentIO()
+{
+    return isStoreOpen() ? current()->io.get() : nullptr;
+}

@@ -17,6 +17,8 @@ public:
     /// All patients of the open store, with their studies; study bodies are read on demand. The
     /// same objects at every call.
     static CaError getPatientList(QList<Patient*>& patients);
+    /// The patient files of the open store that could not be read, each with its reason.
+    static QList<CaError> getProblems();
 
     /// Stores a patient with all studies that are new or loaded. Opens the default store if none
     /// is. A patient that is new enters the store here.

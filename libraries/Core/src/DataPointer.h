@@ -12,7 +12,7 @@ class DataPointerTracker : public QObject
 
 public:
     DataPointerTracker() = default;
-    ~DataPointerTracker() override = default;
+    ~DataPointerTracker() override;
 
     void track(Data* data);
     Data* get() const { return m_data.load(std::memory_order_acquire); }
@@ -22,6 +22,7 @@ private slots:
 
 private:
     std::atomic<Data*> m_data{nullptr};
+    QMetaObject::Connection m_connection;
 };
 
 /// The tracking reference to a data item: holds one count of it, and turns null, with a warning on

@@ -19,7 +19,11 @@ public:
     /// holds it or the folder cannot be used.
     virtual CaError open(const QString& folder) = 0;
     virtual QString getFolder() const = 0;
+    /// Every patient whose header can be read. One file that cannot be does not hide the others:
+    /// it is named in getProblems and stays as it is.
     virtual CaError listPatients(QList<DataPointer<Patient>>& patients) = 0;
+    /// What the last listing found wrong, each with its file and reason.
+    virtual QList<CaError> getProblems() const = 0;
     virtual CaError savePatient(Patient& patient) = 0;
     virtual CaError loadPatient(Patient& patient) = 0;
     virtual CaError removePatient(const QString& guid) = 0;

@@ -34,6 +34,9 @@ public:
     DataTreeNode* createChild(const QString& name);
     QList<DataTreeNode*> getChildren() const;
 
+    /// Makes the target a deep copy of this node, except that it keeps its own name.
+    void copyTo(DataTreeNode& target) const;
+
     /// Keeps letters, digits, '_', '-' and '.', and puts '_' for every other character.
     static QString makeIdValid(const QString& text);
 

@@ -59,6 +59,7 @@ public:
     /// The header only: the studies are files of their own.
     CaError doSave(DataTreeNode* node, DataSaveContext& context) override;
     CaError doLoad(DataTreeNode* node, DataLoadContext& context) override;
+    bool loadAttribute(const QString& name, const QString& value) override;
 
 private:
     QString m_name;

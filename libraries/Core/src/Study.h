@@ -4,9 +4,14 @@
 #include "ProcessData.h"
 
 #include <functional>
+#include <memory>
 
 /// An examination of a patient: data items (scans) and process data (their segmentations), each
 /// list in the order added. The items of a stored study are read when they are first asked for.
+///
+/// A stored item that cannot be made (its class is unknown to this program, or its content is
+/// damaged) does not hide the others: getItemErrors names it, its id stays taken, and its node is
+/// kept as it was read and written back when the study is stored.
 class Study : public Data
 {
     Q_OBJECT
@@ -35,6 +40,8 @@ public:
     bool isBodyLoaded() const { return !m_bodyLoader; }
     CaError ensureLoaded() const;
     const CaError& getLoadError() const { return m_loadError; }
+    /// One error for each stored item that could not be made, and for each dangling reference.
+    QList<CaError> getItemErrors() const;
 
     _kelp::StringMixer getClassId() const override;
     bool isA(const _kelp::StringMixer& classId) const override;
@@ -42,11 +49,33 @@ public:
     using Data::doSave;
     CaError doSave(DataTreeNode* node, DataSaveContext& context) override;
     CaError doLoad(DataTreeNode* node, DataLoadContext& context) override;
+    bool loadAttribute(const QString& name, const QString& value) override;
+    /// What stands in the patient's header: everything but the items.
+    CaError doSaveHeader(DataTreeNode* node, DataSaveContext& context);
 
 private:
+    struct UnreadableItem
+    {
+        QString section;
+        std::shared_ptr<const DataTreeNode> node;
+        CaError error;
+    };
+
+    CaError checkNewItem(const Data* data, const QString& id) const;
+    CaError unknownId(const QString& id) const;
+    template <typename T>
+    CaError saveSection(const QList<DataPointer<T>>& items, const QString& section,
+                        DataTreeNode* node, DataSaveContext& context);
+    template <typename Take>
+    void loadSection(DataTreeNode* node, const QString& section, DataLoadContext& context,
+                     const Take& take);
+    void resolveReferences(DataTreeNode* node, DataLoadContext& context);
+
     QString m_institution;
     QList<DataPointer<Data>> m_data;
     QList<DataPointer<ProcessData>> m_processData;
+    QList<UnreadableItem> m_unreadable;
+    QList<CaError> m_referenceErrors;
     mutable BodyLoader m_bodyLoader;
     mutable CaError m_loadError;
 };

@@ -31,6 +31,8 @@ public:
     friend bool operator!=(const URI& a, const URI& b) { return !(a == b); }
 
 private:
+    bool findQueryItem(const QString& key, QString* value) const;
+
     QString m_text;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kelpException.h"
 #include "kelpImage.h"
 
 #include <QImage>

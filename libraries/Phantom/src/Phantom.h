@@ -39,7 +39,8 @@ struct Options
     int localizerSize = 768;
 };
 
-/// One surface over the scan: rows[bScan][aScan] of the first pixel at or below it.
+/// One surface over the scan: rows[bScan][aScan] of the first pixel at or below it. A surface that
+/// leaves the image keeps to its first or last row.
 struct Surface
 {
     QString identifier; ///< "ILM", "GCL", "INL", "ONL", "ISe", "IRPE" (drusen only), "BM"
@@ -50,11 +51,17 @@ struct Export
 {
     QString xmlPath;
     QString seriesId;
-    QStringList imagePaths;
+    QStringList imagePaths; ///< the localizer's first, then those of the B-scans
     QList<Surface> surfaces;
     double foveaX = 0.0; ///< mm on the localizer
     double foveaY = 0.0;
 };
+
+/// The endings of the image files that can be written.
+QStringList imageFormats();
+
+/// What keeps these options from being made, in one sentence; empty if nothing does.
+QString problemWith(const Options& options);
 
 /// Writes the XML file, its images and truth_<identifier>.csv into the folder, which is made if
 /// need be. The same options give the same bytes. Throws kelp::IOFailure with path and reason, and

@@ -54,8 +54,13 @@ struct EtdrsTable
     static LayerNamePtr bottomLayer(int row);
     /// "-" or the mean with two decimals.
     static QString cellText(const std::optional<double>& mean);
+
+    /// A line of column labels behind an empty cell, then per row its label and its cells.
+    QString toTabSeparated() const;
 };
 
+/// The mean over all A-scans of a sector that are not masked, each with the same weight.
+///
 /// Which layers of a row are missing decides what happens: with requireAllLayers the Assertion of
 /// getVolumeLayer passes through; otherwise a row whose layers are not there stays empty.
 EtdrsTable measureEtdrs(const OCTScanSegPtr& segmentation, const CoordOnLocalizer& fovea,

@@ -37,6 +37,22 @@ BScanSegmentationLayerPtr makeLayer(const VolumeLayer& surface, int row, const L
     return QSharedPointer<BScanSegmentationLayer>::create(positions, name);
 }
 
+/// Null, with the reason on the trace, for a node that holds no readable scan. An item of another
+/// class is not even made, since nobody would own it.
+OCTScan* loadScan(DataTreeNode* node, DataLoadContext& context)
+{
+    if (node->getType() != OCTScan::classId().toQString()) {
+        Trace() << "The scan of a segmentation is stored as " << node->getType();
+        return nullptr;
+    }
+    CaError error;
+    Data* const item = Data::loadFromNode(node, context, error);
+    if (error != CaError::nullError) {
+        Trace() << error.toString();
+    }
+    return dynamic_cast<OCTScan*>(item);
+}
+
 } // namespace
 
 OCTScanSegmentation::OCTScanSegmentation(const OCTScanPtr& scan)
@@ -276,10 +292,8 @@ CaError OCTScanSegmentation::doLoad(DataTreeNode* node, DataLoadContext& context
     if (data.isEmpty()) {
         return CaError("ID0", "Data attribute must not be empty", QString());
     }
-    if (node->hasChild(scanChild)) {
-        CaError scanError;
-        Data* const item = Data::loadFromNode(node->getChild(scanChild), context, scanError);
-        m_oct = dynamic_cast<OCTScan*>(item);
+    if (DataTreeNode* const child = node->getChild(scanChild)) {
+        m_oct = loadScan(child, context);
         check(!m_oct.isNull(), doLoadPlace, "OCT scan is null after loading.");
     }
     return CaError::nullError;

@@ -50,6 +50,15 @@ public:
                                         const double origin[2], float k) const;
 
 private:
+    /// Mean and k standard deviations at one position, in rows of the scan.
+    struct Rows
+    {
+        float mean;
+        float deviation;
+    };
+    Rows rowsAt(float xPosition, float zPosition, float rowHeight, float k) const;
+    double lookup(const Matrix& matrix, float xPosition, float zPosition) const;
+
     Matrix m_means;
     Matrix m_variances;
     Vector3d m_spacing;

@@ -16,9 +16,9 @@ namespace {
 // The choroid: grey values below Bruch's membrane and far below, and how fast it fades.
 constexpr double choroidTop = 108.0;
 constexpr double choroidBottom = 7.0;
-constexpr double choroidFadingRows = 48.0;
+constexpr double choroidFadingRows = 40.0;
 /// How much of the choroid's brightness its vessels take or give.
-constexpr double choroidTexture = 0.42;
+constexpr double choroidTexture = 0.62;
 
 /// Half a row of Gaussian spread to each side, as taps over two rows.
 constexpr std::array<float, 3> pointSpread{0.5312F, 0.2192F, 0.0152F};
@@ -39,9 +39,8 @@ void addChoroid(std::vector<float>& column, double membrane, double x, std::uint
         const double from = std::max(row, membrane);
         const double below = 0.5 * (from + row + 1.0) - membrane;
         // Vessels of the choroid grow with the depth, in mm along and in rows down.
-        const double texture = 0.55 * smoothNoise(seed, x / 0.075, below / 9.0) +
-                               0.6 * smoothNoise(seed + 1, x / 0.22, below / 26.0) +
-                               0.35 * smoothNoise(seed + 2, x / 0.03, below / 5.0);
+        const double texture = 0.75 * smoothNoise(seed, x / 0.085, below / 11.0) +
+                               0.6 * smoothNoise(seed + 1, x / 0.22, below / 26.0);
         column[static_cast<std::size_t>(row)] +=
             static_cast<float>((row + 1.0 - from) * choroidAt(below, texture));
     }

@@ -14,7 +14,7 @@ constexpr double maximumHeight = 120.0;
 /// On the slopes of the pit the surfaces are steep by themselves, so only low drusen stand there.
 constexpr double pitRadius = 1.1;
 constexpr double maximumHeightInPit = 40.0;
-constexpr int nrDrusen = 26;
+constexpr int nrDrusen = 30;
 
 /// High drusen are wide ones: they are as steep as low ones.
 double radiusOf(double height)

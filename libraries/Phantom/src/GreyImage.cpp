@@ -1,7 +1,7 @@
 #include "GreyImage.h"
 
-#include "PhantomFiles.h"
 #include "kelpException.h"
+#include "kelpFileWriter.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -42,7 +42,7 @@ void writeImage(const QString& path, QImage image, const QString& format)
         throw IOFailure(
             QString("Could not write the image %1: %2").arg(path, writer.errorString()));
     }
-    writeWholeFile(path, content);
+    writeFileAtomically(path, content);
 }
 
 } // namespace kelp::phantom

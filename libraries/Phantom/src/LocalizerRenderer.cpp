@@ -39,8 +39,8 @@ double withDisc(double value, const Vector2d& position)
     const double distance = (position - RetinaAnatomy::discCenter()).length();
     const double rim = softEdge(distance - RetinaAnatomy::discRadius, 0.18);
     const double cup = softEdge(distance - 0.42 * RetinaAnatomy::discRadius, 0.3);
-    value += rim * (96.0 - value);
-    return value + cup * (196.0 - value);
+    value += rim * (122.0 - value);
+    return value + cup * (205.0 - value);
 }
 
 double withVessels(double value, const Vector2d& position, const VesselMap& vessels)

@@ -7,8 +7,8 @@
 #include "PhantomRandom.h"
 #include "RetinaSurfaces.h"
 
-#include "PhantomFiles.h"
 #include "kelpCheck.h"
+#include "kelpFileWriter.h"
 
 #include <QDir>
 
@@ -195,11 +195,12 @@ Export writeExport(const QString& folder, const Options& requested)
                    options.imageFormat);
     });
     for (const Surface& surface : result.surfaces) {
-        writeWholeFile(directory.absoluteFilePath(QString("truth_%1.csv").arg(surface.identifier)),
-                       asText(surface));
+        writeFileAtomically(
+            directory.absoluteFilePath(QString("truth_%1.csv").arg(surface.identifier)),
+            asText(surface));
     }
     // Last, so that an export that can be opened is a whole one.
-    writeWholeFile(result.xmlPath, exportXml(options, geometry, names, result.surfaces));
+    writeFileAtomically(result.xmlPath, exportXml(options, geometry, names, result.surfaces));
     return result;
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
+#include <cstdlib>
 
 namespace kelp::phantom {
 
@@ -12,6 +12,11 @@ namespace {
 constexpr double innerRingRadius = 1.0;
 constexpr double outerRingRadius = 2.25;
 constexpr double peripheryRadius = 4.0;
+
+/// Of the tabulated profiles, in mm, and over how many steps to each side they are rounded off: the
+/// rim of the pit has no edge.
+constexpr double tableStep = 0.01;
+constexpr int roundingSteps = 16;
 
 /// Slopes after Fritsch and Carlson: weighted harmonic means of the neighbouring secants, zero at
 /// an extremum and at both ends, where the retina is to run on level.
@@ -33,27 +38,49 @@ std::vector<double> monotoneSlopes(const std::vector<RadialProfile::Knot>& knots
     return slopes;
 }
 
+double cubicAt(const std::vector<RadialProfile::Knot>& knots, const std::vector<double>& slopes,
+               double radius)
+{
+    if (radius >= knots.back().radius) {
+        return knots.back().thickness;
+    }
+    std::size_t i = 0;
+    while (radius >= knots[i + 1].radius) {
+        ++i;
+    }
+    const double width = knots[i + 1].radius - knots[i].radius;
+    const double t = (radius - knots[i].radius) / width;
+    const double s = 1.0 - t;
+    return s * s * (1.0 + 2.0 * t) * knots[i].thickness + s * s * t * width * slopes[i] +
+           t * t * (3.0 - 2.0 * t) * knots[i + 1].thickness - t * t * s * width * slopes[i + 1];
+}
+
 } // namespace
 
-RadialProfile::RadialProfile(std::vector<Knot> knots)
-    : m_knots(std::move(knots)), m_slopes(monotoneSlopes(m_knots))
+RadialProfile::RadialProfile(const std::vector<Knot>& knots)
 {
+    const std::vector<double> slopes = monotoneSlopes(knots);
+    const int count = static_cast<int>(knots.back().radius / tableStep) + roundingSteps + 2;
+    for (int i = 0; i < count; ++i) {
+        // Triangular weights; the profile is the same on both sides of the centre.
+        double sum = 0.0;
+        for (int j = -roundingSteps; j <= roundingSteps; ++j) {
+            const double weight = roundingSteps + 1 - std::abs(j);
+            sum += weight * cubicAt(knots, slopes, std::abs(i + j) * tableStep);
+        }
+        m_table.push_back(sum / ((roundingSteps + 1) * (roundingSteps + 1)));
+    }
 }
 
 double RadialProfile::at(double radius) const
 {
-    if (radius >= m_knots.back().radius) {
-        return m_knots.back().thickness;
+    const double place = radius / tableStep;
+    if (place >= static_cast<double>(m_table.size() - 1)) {
+        return m_table.back();
     }
-    std::size_t i = 0;
-    while (radius >= m_knots[i + 1].radius) {
-        ++i;
-    }
-    const double width = m_knots[i + 1].radius - m_knots[i].radius;
-    const double t = (radius - m_knots[i].radius) / width;
-    const double s = 1.0 - t;
-    return s * s * (1.0 + 2.0 * t) * m_knots[i].thickness + s * s * t * width * m_slopes[i] +
-           t * t * (3.0 - 2.0 * t) * m_knots[i + 1].thickness - t * t * s * width * m_slopes[i + 1];
+    const auto i = static_cast<std::size_t>(place);
+    const double share = place - static_cast<double>(i);
+    return m_table[i] + share * (m_table[i + 1] - m_table[i]);
 }
 
 ThicknessMap::ThicknessMap(const Figures& figures)
@@ -63,7 +90,7 @@ ThicknessMap::ThicknessMap(const Figures& figures)
         knots.push_back({innerRingRadius, figures.innerRing[axis]});
         knots.push_back({outerRingRadius, figures.outerRing[axis]});
         knots.push_back({peripheryRadius, figures.periphery[axis]});
-        m_profiles.emplace_back(std::move(knots));
+        m_profiles.emplace_back(knots);
     }
 }
 

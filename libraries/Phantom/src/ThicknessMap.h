@@ -8,7 +8,7 @@
 namespace kelp::phantom {
 
 /// A thickness over the radius: a monotone cubic through the knots, so that it never swings beyond
-/// them, and constant past the last one.
+/// them, rounded off over a tenth of a millimetre or so, and constant past the last knot.
 class RadialProfile
 {
 public:
@@ -18,13 +18,13 @@ public:
         double thickness; ///< micrometres
     };
 
-    /// At least two knots, radii rising.
-    explicit RadialProfile(std::vector<Knot> knots);
+    /// At least two knots, radii rising from 0.
+    explicit RadialProfile(const std::vector<Knot>& knots);
     double at(double radius) const;
 
 private:
-    std::vector<Knot> m_knots;
-    std::vector<double> m_slopes;
+    /// Micrometres at the multiples of a fixed step.
+    std::vector<double> m_table;
 };
 
 /// One layer's thickness around the fovea: radial profiles along the four axes, joined smoothly

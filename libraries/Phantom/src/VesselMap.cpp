@@ -19,12 +19,6 @@ constexpr double cell = 0.0125;
 
 constexpr int nrSteps = 900;
 
-Vector2d onCurve(const Vector2d& a, const Vector2d& b, const Vector2d& c, double t)
-{
-    const double s = 1.0 - t;
-    return s * s * a + 2.0 * s * t * b + t * t * c;
-}
-
 } // namespace
 
 VesselMap::VesselMap(std::uint64_t seed)
@@ -39,41 +33,52 @@ VesselMap::VesselMap(std::uint64_t seed)
         // that the curve goes around the macula.
         for (const double outwards : {0.0, 0.45}) {
             const double reach = 4.6 + outwards + random.uniform(-0.3, 0.3);
-            const Course arcade{disc + Vector2d{-0.1, 0.3 * side},
-                                {2.2 - outwards, side * reach},
-                                {-6.4, side * (1.6 + 1.6 * outwards + random.uniform(0.0, 0.5))},
-                                0.062 - 0.03 * outwards,
-                                0.032};
-            draw(arcade, random.next());
-            const int nrBranches = random.integer(4, 6);
-            for (int i = 0; i < nrBranches; ++i) {
-                const double t = (i + random.uniform(0.3, 0.9)) / nrBranches;
-                const Vector2d from = onCurve(arcade.start, arcade.middle, arcade.end, t);
-                // The foveal avascular zone stays free.
-                const Vector2d to{0.25 * from.x + random.uniform(-0.5, 0.5),
-                                  side * random.uniform(0.55, 0.9)};
-                const Vector2d bend{0.5 * (from.x + to.x) - random.uniform(0.1, 0.5),
-                                    0.5 * (from.y + to.y) + side * random.uniform(-0.3, 0.3)};
-                draw({from, bend, to, 0.028, 0.008}, random.next());
-            }
+            const double end = 1.6 + 1.6 * outwards + random.uniform(0.0, 0.5);
+            drawArcade({disc + Vector2d{0.1, 0.08 * side},
+                        {2.2 - outwards, side * reach},
+                        {-6.4, side * end},
+                        0.062 - 0.03 * outwards,
+                        0.032,
+                        random.next()},
+                       side, random);
         }
-        draw({disc, {6.2, side * 1.2}, {9.8, side * random.uniform(2.0, 3.5)}, 0.05, 0.03},
-             random.next());
-        draw({disc, {3.2, side * 0.9}, {1.0, side * random.uniform(0.6, 1.0)}, 0.022, 0.008},
-             random.next());
+        const double nasalEnd = random.uniform(2.0, 3.5);
+        draw({disc, {6.2, side * 1.2}, {9.8, side * nasalEnd}, 0.05, 0.03, random.next()});
+        const double macularEnd = random.uniform(0.6, 1.0);
+        draw({disc, {3.2, side * 0.9}, {1.0, side * macularEnd}, 0.022, 0.008, random.next()});
     }
 }
 
-void VesselMap::draw(const Course& course, std::uint64_t wiggleSeed)
+void VesselMap::drawArcade(const Course& arcade, double side, Random& random)
+{
+    draw(arcade);
+    const int nrBranches = random.integer(4, 6);
+    for (int i = 0; i < nrBranches; ++i) {
+        const Vector2d from = arcade.at((i + random.uniform(0.3, 0.9)) / nrBranches);
+        // The foveal avascular zone stays free.
+        const double endX = 0.25 * from.x + random.uniform(-0.5, 0.5);
+        const double endY = side * random.uniform(0.55, 0.9);
+        const double bendX = 0.5 * (from.x + endX) - random.uniform(0.1, 0.5);
+        const double bendY = 0.5 * (from.y + endY) + side * random.uniform(-0.3, 0.3);
+        draw({from, {bendX, bendY}, {endX, endY}, 0.028, 0.008, random.next()});
+    }
+}
+
+Vector2d VesselMap::Course::at(double t) const
+{
+    const double s = 1.0 - t;
+    const Vector2d smooth = s * s * start + 2.0 * s * t * middle + t * t * end;
+    const Vector2d wiggle{0.09 * smoothNoise(wiggleSeed, 7.0 * t),
+                          0.09 * smoothNoise(wiggleSeed + 1, 7.0 * t)};
+    // The start stays where it belongs: at the disc or on the parent vessel.
+    return smooth + std::min(1.0, 8.0 * t) * wiggle;
+}
+
+void VesselMap::draw(const Course& course)
 {
     for (int i = 0; i <= nrSteps; ++i) {
         const double t = static_cast<double>(i) / nrSteps;
-        const Vector2d wiggle{0.12 * smoothNoise(wiggleSeed, 9.0 * t),
-                              0.12 * smoothNoise(wiggleSeed + 1, 9.0 * t)};
-        // The ends stay where they belong: at the disc and on the parent vessel.
-        const double freedom = std::min(1.0, 8.0 * t);
-        stamp(onCurve(course.start, course.middle, course.end, t) + freedom * wiggle,
-              course.startRadius + t * (course.endRadius - course.startRadius));
+        stamp(course.at(t), course.startRadius + t * (course.endRadius - course.startRadius));
     }
 }
 

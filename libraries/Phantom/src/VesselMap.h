@@ -7,6 +7,8 @@
 
 namespace kelp::phantom {
 
+class Random;
+
 /// The retinal vessels of one eye, seen from the front: two arcades around the macula, their
 /// branches towards it, and the vessels on the nasal side of the disc.
 class VesselMap
@@ -26,9 +28,14 @@ private:
         Vector2d end;
         double startRadius; ///< mm
         double endRadius;
+        std::uint64_t wiggleSeed;
+
+        /// From the start (0) to the end (1).
+        Vector2d at(double t) const;
     };
 
-    void draw(const Course& course, std::uint64_t wiggleSeed);
+    void drawArcade(const Course& arcade, double side, Random& random);
+    void draw(const Course& course);
     void stamp(const Vector2d& center, double radius);
 
     int m_columns;

@@ -106,6 +106,9 @@ QDomDocument parse(const QString& text)
     if (text.isEmpty()) {
         throw ParsingError("it is empty");
     }
+    if (text.startsWith(QString::fromLatin1("\xef\xbb\xbf"))) {
+        throw ParsingError("it begins with a byte order mark, which no export does");
+    }
     refuseHostileMarkup(text);
     QDomDocument document;
     QString error;

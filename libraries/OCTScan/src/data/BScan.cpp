@@ -101,3 +101,6 @@ void BScan::copyMembersTo(BScan& target) const
 }
 
 } // namespace kelp::oct
+
+// Here rather than in one file with all others, so that a program links only what it uses.
+#include "moc_BScan.cpp"

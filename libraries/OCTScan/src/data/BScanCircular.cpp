@@ -19,3 +19,6 @@ QSharedPointer<BScan> BScanCircular::clone() const
 }
 
 } // namespace kelp::oct
+
+// Here rather than in one file with all others, so that a program links only what it uses.
+#include "moc_BScanCircular.cpp"

@@ -123,3 +123,6 @@ Vector2d BScanLine::getEndCoordinates() const
 }
 
 } // namespace kelp::oct
+
+// Here rather than in one file with all others, so that a program links only what it uses.
+#include "moc_BScanLine.cpp"

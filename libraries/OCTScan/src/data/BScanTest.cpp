@@ -18,8 +18,8 @@ using test::TraceCapture;
 
 namespace {
 
-const std::string bScanPlace = "libraries/OCTScan/src/data/BScan::kelp::oct::BScan::";
-const std::string linePlace = "libraries/OCTScan/src/data/BScanLine::kelp::oct::BScanLine::";
+const std::string bScanPlace = "OCTScan/src/data/BScan::kelp::oct::BScan::";
+const std::string linePlace = "OCTScan/src/data/BScanLine::kelp::oct::BScanLine::";
 
 QSharedPointer<Image> makeImage(int columns, int rows, const Vector3<double>& spacing)
 {
@@ -89,7 +89,9 @@ TEST(BScan, RefusesANullImageFirst)
 
 TEST(BScan, RefusesAWrongNumberOfPositionsSecond)
 {
-    EXPECT_EQ(failure<Assertion>([] { BScanLine(alongX(4, 1), 0.0, makeImage(5, 5, {1, 1, 1})); }),
+    EXPECT_EQ(failure<Assertion>([] {
+                  BScanLine(alongX(4, 1), 0.0, makeImage(5, 5, {1, 1, 1}));
+              }),
               bScanPlace + "BScan: Size mismatch between image and nr of AScans.");
 }
 
@@ -268,12 +270,34 @@ TEST(BScanLine, ClosestAScanIsHeldWithinTheLine)
     EXPECT_EQ(line.getClosestAScanPos({1e300, 2.0}), (Vector2d{2.0, 2.0}));
 }
 
-TEST(BScanLine, WithoutAnImageIsInvalid)
+/// Breaks what the constructor has made sure of.
+class BrokenLine : public BScanLine
 {
-    // Only a copy of nothing has no image, and its missing step is found first.
-    const TraceCapture trace;
-    EXPECT_FALSE(BScanLine().isValid());
-    EXPECT_EQ(trace.lines(), QStringList{"BScanLine: not valid because m_aScanDistance <= 0.0"});
+public:
+    BrokenLine() : BScanLine(alongX(5, 0.25), 0.5, makeImage(5, 5, {0.25, 0.5, 3.0})) {}
+
+    using BScanLine::m_aScanPositions;
+    using BScanLine::m_axialResolution;
+    using BScanLine::m_data;
+};
+
+TEST(BScanLine, NamesTheFirstReasonThatMakesItInvalid)
+{
+    const QString start = "BScanLine: not valid because ";
+    BrokenLine line;
+    const auto firstReason = [&] {
+        const TraceCapture trace;
+        EXPECT_FALSE(line.isValid());
+        return trace.lines();
+    };
+    EXPECT_EQ(firstReason(), QStringList{start + "image data is not 2D"});
+    line.m_aScanPositions.removeLast();
+    EXPECT_EQ(firstReason(), QStringList{start + "number of AScan positions does not match actual "
+                                                 "image data dimension"});
+    line.m_data.reset();
+    EXPECT_EQ(firstReason(), QStringList{start + "m_data is null"});
+    line.m_axialResolution = 0.0;
+    EXPECT_EQ(firstReason(), QStringList{start + "m_axialResolution <= 0.0"});
 }
 
 struct SpacingCase
@@ -318,7 +342,7 @@ TEST(Localizer, RefusesANullImage)
 {
     Localizer localizer;
     EXPECT_EQ(failure<Assertion>([&] { localizer.setImage({}); }),
-              "libraries/OCTScan/src/data/Localizer::kelp::oct::Localizer::setImage: Localizer "
+              "OCTScan/src/data/Localizer::kelp::oct::Localizer::setImage: Localizer "
               "image is null.");
     const QSharedPointer<Image> image = makeImage(2, 2, {1, 1, 1});
     localizer.setImage(image);

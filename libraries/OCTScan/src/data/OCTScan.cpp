@@ -198,3 +198,6 @@ int createOCTScanFactory()
     static_cast<void>(registered);
     return 1;
 }
+
+// Here rather than in one file with all others, so that a program links only what it uses.
+#include "moc_OCTScan.cpp"

@@ -14,7 +14,7 @@ using test::lineScan;
 using test::makeTestScan;
 using test::TestScan;
 
-const std::string place = "libraries/OCTScan/src/data/OCTScan::OCTScan::";
+const std::string place = "OCTScan/src/data/OCTScan::OCTScan::";
 
 /// Positions origin + b * bStep + a * aStep, with the pattern's images.
 OCTScanPtr gridScan(const QString& pattern, int aScans, int bScans, const Vector2d& origin,
@@ -50,8 +50,8 @@ OCTScanPtr emptyScan(const QString& pattern)
     return makeTestScan(contents);
 }
 
-const std::vector<Vector2d> someDirections = {
-    {0.25, 0.0}, {-0.25, 0.0}, {0.0, 0.25}, {0.0, -0.25}, {0.15, 0.2}, {-0.3, 0.4}};
+const std::vector<Vector2d> someDirections = {{0.25, 0.0},  {-0.25, 0.0}, {0.0, 0.25},
+                                              {0.0, -0.25}, {0.15, 0.2},  {-0.3, 0.4}};
 
 TEST(OCTScanGeometry, OriginIsTheFirstAScan)
 {
@@ -88,7 +88,7 @@ TEST(OCTScanGeometry, OrientationWithoutABScanOrASecondAScanIsPlain)
 
 TEST(OCTScanGeometry, SpacingsAreDistancesOfTheFirstNeighbours)
 {
-    const OCTScanPtr scan = gridScan("Volume", 3, 3, {1.0, 2.0}, {0.3, 0.4}, {0.0, 0.25});
+    const OCTScanPtr scan = gridScan("Volume", 3, 3, {}, {0.3, 0.4}, {0.0, 0.25});
     EXPECT_EQ(scan->getSliceSpacing(), (Vector2d{0.5, 0.003872}));
     EXPECT_EQ(scan->getVolumeSpacing(), (Vector3d{0.5, 0.003872, 0.25}));
 }
@@ -149,10 +149,10 @@ TEST(OCTScanGeometry, CircleHasASizeAChordAndAMeanButNoInverse)
     EXPECT_EQ(failure<kelp::NotImplemented>([&] { scan->localizerCoordToVolumeIndex({}); }),
               place + "localizerCoordToVolumeIndex: not implemented for OCT scan pattern "
                       "Circular BScan");
-    EXPECT_EQ(failure<kelp::NotImplemented>(
-                  [&] { scan->volumeIndexToLocalizerCoords(VolumeIndex{}); }),
-              place + "volumeIndexToLocalizerCoords: not implemented for OCT scan pattern "
-                      "Circular BScan");
+    EXPECT_EQ(
+        failure<kelp::NotImplemented>([&] { scan->volumeIndexToLocalizerCoords(VolumeIndex{}); }),
+        place + "volumeIndexToLocalizerCoords: not implemented for OCT scan pattern "
+                "Circular BScan");
 }
 
 TEST(OCTScanGeometry, VolumeOfOneBScanHasSpacingAndAxesButNoInverse)
@@ -181,7 +181,7 @@ TEST(OCTScanGeometry, StarHasACenterAndASpacingButNoSize)
 TEST(OCTScanGeometry, OneAScanHasNoSpacingAndNoConversions)
 {
     const std::string text =
-        "libraries/OCTScan/src/data/BScan::kelp::oct::BScan::getAScanPosition: index out of "
+        "OCTScan/src/data/BScan::kelp::oct::BScan::getAScanPosition: index out of "
         "bounds";
     for (const char* pattern : {"Volume", "Single BScan"}) {
         const OCTScanPtr scan = gridScan(pattern, 1, 2, {}, {}, {0.0, 1.0});

@@ -19,7 +19,7 @@ using test::makeUnloadedTestScan;
 using test::TestScan;
 using test::TraceCapture;
 
-const std::string place = "libraries/OCTScan/src/data/OCTScan::OCTScan::";
+const std::string place = "OCTScan/src/data/OCTScan::OCTScan::";
 
 class FailingDecoder : public OCTDecoder
 {
@@ -107,12 +107,9 @@ TEST(OCTScan, PrintsWhatItLoads)
     const OCTScanPtr scan = makeUnloadedTestScan(contents);
     const TraceCapture trace;
     scan->ensureLoaded();
-    const QStringList wanted{"OCTScan meta info size: 1",
-                             "OCTScan scan pattern: Volume",
-                             "OCTScan anatomical target: OD",
-                             "found 2",
-                             "detecting type ob CScan: ",
-                             "handling Volume or Single BScan",
+    const QStringList wanted{"OCTScan meta info size: 1",      "OCTScan scan pattern: Volume",
+                             "OCTScan anatomical target: OD",  "found 2",
+                             "detecting type ob CScan: ",      "handling Volume or Single BScan",
                              "handling Volume or Single BScan"};
     EXPECT_EQ(trace.lines(), wanted);
 }
@@ -189,7 +186,7 @@ TEST(OCTScan, KeepsWhatItHadReadWhenABScanFails)
     contents.metaInfo.insert("Scan Id", "7");
     const OCTScanPtr scan = makeUnloadedTestScan(contents);
     EXPECT_EQ(failure<kelp::Assertion>([&] { scan->doBinLoad(); }),
-              "libraries/OCTScan/src/data/BScan::kelp::oct::BScan::BScan: Image data is null.");
+              "OCTScan/src/data/BScan::kelp::oct::BScan::BScan: Image data is null.");
     EXPECT_FALSE(scan->isLoaded());
     EXPECT_EQ(scan->getBScanCount(), 1);
     EXPECT_EQ(scan->getMetaInfo().value("Scan Id").toString(), "7");

@@ -1,1 +1,290 @@
-#include "StorePlugins.h"
+#include "XMLDataTreeIO.h"
+
+#include "XMLDataTree.h"
+#include "kelpFileWriter.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace {
+
+const QString fileSuffix = QStringLiteral(".xml");
+
+QByteArray digestOf(const QByteArray& content)
+{
+    return QCryptographicHash::hash(content, QCryptographicHash::Sha256);
+}
+
+/// GUIDs become file names, and stored ones may have been tampered with.
+CaError checkGuid(const QString& guid)
+{
+    if (guid.isEmpty() || guid.startsWith('.') || guid != DataTreeNode::makeIdValid(guid)) {
+        return CaError("InvalidGUID", QString("\"%1\" is no valid GUID.").arg(guid), QString());
+    }
+    return CaError::nullError;
+}
+
+CaError unusable(const QString& folder)
+{
+    return CaError("StoreUnusable",
+                   QString("Could not create folder %1: %2").arg(folder, qt_error_string(errno)),
+                   QString());
+}
+
+CaError withFile(const CaError& error, const QString& path)
+{
+    return CaError(error.getIdentifier(),
+                   QString("Could not read file %1: %2").arg(path, error.getText()),
+                   error.getDetail());
+}
+
+bool isBefore(const DataPointer<Patient>& a, const DataPointer<Patient>& b)
+{
+    const int order = a->getName().compare(b->getName(), Qt::CaseInsensitive);
+    return order != 0 ? order < 0 : a->getGUID() < b->getGUID();
+}
+
+} // namespace
+
+CaError XMLDataTreeIO::Files::readTree(const QString& path, DataTreeNode& root)
+{
+    QByteArray content;
+    CaError error = io->read(path, content);
+    if (error != CaError::nullError) {
+        return error;
+    }
+    error = XMLDataTree::read(content, root);
+    return error == CaError::nullError ? error : withFile(error, path);
+}
+
+CaError XMLDataTreeIO::Files::writeTree(const QString& path, const DataTreeNode& root)
+{
+    const QByteArray content = XMLDataTree::write(root);
+    const QByteArray digest = digestOf(content);
+    if (digests.value(path) == digest && QFile::exists(path)) {
+        return CaError::nullError;
+    }
+    const CaError error = io->write(path, content);
+    if (error == CaError::nullError) {
+        digests.insert(path, digest);
+    }
+    return error;
+}
+
+CaError XMLDataTreeIO::open(const QString& folder)
+{
+    auto files = std::make_shared<Files>();
+    files->io.reset(FileIO::getFactory().create("file"));
+    if (!files->io) {
+        return CaError("NoFileAccess", "No access to files is registered.", QString());
+    }
+    const QString root = QDir::cleanPath(QDir(folder).absolutePath());
+    if (!QDir().mkpath(root)) {
+        return unusable(root);
+    }
+    const CaError locked = m_lock.acquire(root);
+    if (locked != CaError::nullError) {
+        return locked;
+    }
+    for (const char* const name : {"patients", "studies", "binary"}) {
+        const QString path = root + "/" + name;
+        if (!QDir().mkpath(path)) {
+            m_lock.release();
+            return unusable(path);
+        }
+        kelp::AtomicFile::removeLeftovers(path);
+    }
+    m_folder = root;
+    m_files = files;
+    return CaError::nullError;
+}
+
+CaError XMLDataTreeIO::listPatients(QList<DataPointer<Patient>>& patients)
+{
+    patients.clear();
+    m_problems.clear();
+    const QDir directory(m_folder + "/patients");
+    for (const QString& name :
+         directory.entryList({"*" + fileSuffix}, QDir::Files | QDir::Hidden, QDir::NoSort)) {
+        const DataPointer<Patient> patient(new Patient);
+        const CaError error = loadHeader(name.chopped(fileSuffix.size()), *patient);
+        if (error == CaError::nullError) {
+            patients.append(patient);
+        } else {
+            m_problems.append(error);
+        }
+    }
+    std::sort(patients.begin(), patients.end(), isBefore);
+    return CaError::nullError;
+}
+
+CaError XMLDataTreeIO::loadPatient(Patient& patient)
+{
+    return loadHeader(patient.getGUID(), patient);
+}
+
+CaError XMLDataTreeIO::loadHeader(const QString& guid, Patient& patient) const
+{
+    DataTreeNode header;
+    CaError error = readHeader(guid, header);
+    if (error != CaError::nullError) {
+        return error;
+    }
+    DataLoadContext context;
+    error = patient.doLoad(&header, context);
+    if (error != CaError::nullError) {
+        return withFile(error, patientPath(guid));
+    }
+    QList<Data*> studies;
+    patient.getAllStudies(studies);
+    for (Data* const item : studies) {
+        static_cast<Study*>(item)->setBodyLoader(
+            [files = m_files, path = studyPath(item->getGUID())](Study& study) {
+                return readBody(*files, path, study);
+            });
+    }
+    return CaError::nullError;
+}
+
+CaError XMLDataTreeIO::readHeader(const QString& guid, DataTreeNode& header) const
+{
+    const QString path = patientPath(guid);
+    const CaError error = m_files->readTree(path, header);
+    return error == CaError::nullError ? checkHeader(header, path, guid) : error;
+}
+
+CaError XMLDataTreeIO::checkHeader(const DataTreeNode& header, const QString& path,
+                                   const QString& guid)
+{
+    if (header.getType() != Patient::classId().toQString()) {
+        return withFile(CaError("InvalidTree", "It holds no patient.", QString()), path);
+    }
+    // A copy made by hand would be a second patient of the same GUID.
+    if (header.getAttribute("GUID") != guid) {
+        return withFile(CaError("InvalidTree", "It holds the patient of another file.", QString()),
+                        path);
+    }
+    for (const DataTreeNode* const study : header.getChildren()) {
+        const CaError error = checkGuid(study->getAttribute("GUID"));
+        if (error != CaError::nullError) {
+            return withFile(error, path);
+        }
+    }
+    return CaError::nullError;
+}
+
+CaError XMLDataTreeIO::readBody(Files& files, const QString& path, Study& study)
+{
+    DataTreeNode body;
+    const CaError error = files.readTree(path, body);
+    if (error != CaError::nullError) {
+        return error;
+    }
+    if (body.getType() != Study::classId().toQString() ||
+        body.getAttribute("GUID") != study.getGUID()) {
+        return withFile(CaError("InvalidTree", "It holds another study.", QString()), path);
+    }
+    // The patient's header was read before and may have been changed since.
+    const QString id = study.getId();
+    const QString institution = study.getInstitution();
+    DataLoadContext context;
+    const CaError loaded = study.doLoad(&body, context);
+    study.setId(id);
+    study.setInstitution(institution);
+    return loaded == CaError::nullError ? loaded : withFile(loaded, path);
+}
+
+CaError XMLDataTreeIO::saveBody(Study& study)
+{
+    CaError error = checkGuid(study.getGUID());
+    if (error != CaError::nullError) {
+        return error;
+    }
+    const QString path = studyPath(study.getGUID());
+    const bool isStored = QFile::exists(path);
+    if (isStored && !study.isBodyLoaded()) {
+        return CaError::nullError;
+    }
+    error = study.ensureLoaded();
+    if (error != CaError::nullError) {
+        // It took no items since, so what the file holds is all there is.
+        return isStored ? CaError::nullError : error;
+    }
+    DataTreeNode body;
+    DataSaveContext context;
+    error = study.doSave(&body, context);
+    return error == CaError::nullError ? m_files->writeTree(path, body) : error;
+}
+
+CaError XMLDataTreeIO::savePatient(Patient& patient)
+{
+    const QString guid = patient.getGUID();
+    CaError error = checkGuid(guid);
+    DataTreeNode former;
+    if (error == CaError::nullError && QFile::exists(patientPath(guid))) {
+        error = readHeader(guid, former);
+    }
+    if (error != CaError::nullError) {
+        return error;
+    }
+    QList<Data*> studies;
+    patient.getAllStudies(studies);
+    QStringList guids;
+    // Bodies first: at no time does a header name a study that is not there.
+    for (Data* const study : studies) {
+        error = saveBody(*static_cast<Study*>(study));
+        if (error != CaError::nullError) {
+            return error;
+        }
+        guids.append(study->getGUID());
+    }
+    DataTreeNode header;
+    DataSaveContext context;
+    error = patient.doSave(&header, context);
+    if (error == CaError::nullError) {
+        error = m_files->writeTree(patientPath(guid), header);
+    }
+    return error == CaError::nullError ? removeStudiesOf(former, guids) : error;
+}
+
+CaError XMLDataTreeIO::removePatient(const QString& guid)
+{
+    CaError error = checkGuid(guid);
+    DataTreeNode header;
+    if (error == CaError::nullError) {
+        error = readHeader(guid, header);
+    }
+    if (error == CaError::nullError) {
+        error = m_files->io->remove(patientPath(guid));
+    }
+    return error == CaError::nullError ? removeStudiesOf(header, QStringList()) : error;
+}
+
+CaError XMLDataTreeIO::removeStudiesOf(const DataTreeNode& formerHeader, const QStringList& keep)
+{
+    for (const DataTreeNode* const study : formerHeader.getChildren()) {
+        const QString guid = study->getAttribute("GUID");
+        const QString path = studyPath(guid);
+        if (!keep.contains(guid) && QFile::exists(path)) {
+            const CaError error = m_files->io->remove(path);
+            if (error != CaError::nullError) {
+                return error;
+            }
+        }
+    }
+    return CaError::nullError;
+}
+
+QString XMLDataTreeIO::patientPath(const QString& guid) const
+{
+    return m_folder + "/patients/" + guid + fileSuffix;
+}
+
+QString XMLDataTreeIO::studyPath(const QString& guid) const
+{
+    return m_folder + "/studies/" + guid + fileSuffix;
+}

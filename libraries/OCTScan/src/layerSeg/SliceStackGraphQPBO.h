@@ -7,6 +7,7 @@
 
 #include <QSharedPointer>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -70,15 +71,79 @@ public:
                                                        unsigned distance, float weight,
                                                        const double step[2]);
 
+    /// Links the columns so that the surface keeps the shape of its search range's top. False on
+    /// abort.
+    bool regularizeLayerWithExpectedAngle(const LayerNamePtr& layer);
+    /// Hard distance limits per column, in rows.
+    void connectSubgraphs(const LayerNamePtr& top, const LayerNamePtr& bottom,
+                          const VolumeLayerPtr& minimum, const VolumeLayerPtr& maximum);
+
     /// The solver, for tests and benchmarks.
     const QpboGraph<int>& solver() const { return *m_solver; }
-    const ColumnNodeIds& columnNodeIds(int layer, unsigned x, unsigned z) const;
+    const ColumnNodeIds& columnNodeIds(int layer, unsigned x, unsigned z) const
+    {
+        return m_gridColNodeIds[columnIndex(layer, x, z)];
+    }
+
+    /// Called with every graph whose solve is about to start; null for none. For benchmarks, which
+    /// have no other way to the cuts inside a chain of steps.
+    using SolveObserver = void (*)(const QpboGraph<int>& solver);
+    static void setSolveObserver(SolveObserver observer);
 
 private:
+    class BuildTimer;
+
+    std::size_t columnIndex(int layer, unsigned x, unsigned z) const
+    {
+        return (static_cast<std::size_t>(layer) * m_nrBScans + z) * m_nrAScans + x;
+    }
+    bool isMasked(unsigned x, unsigned z) const { return (*m_mask)(z, x) != 0; }
+    /// As isAborted of the watcher, with the status line that goes with it.
+    bool leaveIfAborted() const;
+    void checkArguments() const;
+    std::int64_t estimateNodes();
+    void createSolver(std::int64_t nodes, double edgeFactor);
+    void constructGraph();
+    bool constructSubgraphs();
+    void connectAllSubgraphs();
+    bool constructSubgraph(int layer);
+    void checkColumnHeights(int layer) const;
+    void addColumn(int layer, unsigned x, unsigned z, const int* capacities, int count);
+    void addInterColumnEdges(int layer);
+    void tieBaseNodes(int layer);
+    void addSlopeEdgesAlongX(int layer, int z, int delta);
+    void addSlopeEdgesAlongZ(int layer, int x, int delta);
+    void addSlopeEdge(int layer, int x1, int z1, int x2, int z2, int delta);
+    bool addShapeTermsX(const LayerNamePtr& layer, int weight, int step);
+    bool addShapeTermsZ(const LayerNamePtr& layer, int weight, int step);
+    void limitMaximum(const ColumnNodeIds& top, const ColumnNodeIds& bottom, int distance);
+    void limitMinimum(const ColumnNodeIds& top, const ColumnNodeIds& bottom, int distance);
+    bool isUsable(const Position& position) const;
+    void addBetweenSurfaces(int top, int bottom, const Position& position,
+                            const ExpectedDistance& expected);
+    void addToBottomOnly(int bottom, const Position& position, const ExpectedDistance& expected);
+    void addToTopOnly(int top, const Position& position, const ExpectedDistance& expected);
+    /// Visits the positions of a soft distance by step; false on abort. expectedAt(position) gives
+    /// the distance between the surfaces, endRow follows each row.
+    template <typename ExpectedAt, typename EndRow>
+    bool addSoftDistances(const LayerNamePtr& top, const LayerNamePtr& bottom,
+                          const VolumeLayerPtr& offsets, const double step[2],
+                          ExpectedAt&& expectedAt, EndRow&& endRow);
+    void addUnaryIfNode(std::int64_t id, int E0, int E1);
+    void forbidIfNode(std::int64_t id);
+    void solve();
+    void readLabels();
+    void addRangeTops();
+
     std::shared_ptr<QpboGraph<int>> m_solver;
-    std::vector<std::vector<std::vector<ColumnNodeIds>>> m_gridColNodeIds;
-    std::vector<std::vector<std::vector<std::pair<int, int>>>> m_expectedAngles;
+    unsigned m_nrBScans;
+    unsigned m_nrAScans;
+    /// By layer, B-scan, A-scan; (0, 0) where masked.
+    std::vector<ColumnNodeIds> m_gridColNodeIds;
+    /// (x, z) offsets in rows by layer, B-scan, A-scan.
+    std::vector<std::pair<int, int>> m_expectedAngles;
     QSharedPointer<SegWatcher> m_watcher;
+    CutStatistics m_statistics;
 };
 
 } // namespace kelp::oct

@@ -3,10 +3,12 @@
 #include "CostFunction.h"
 #include "LayerName.h"
 #include "VolumeLayer.h"
+#include "kelpCheck.h"
 
 #include <QList>
 #include <QPair>
 
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -58,6 +60,12 @@ public:
                                            const LayerNamePtr& bottom) const;
 
 private:
+    int findForSetting(const LayerNamePtr& layerName, const kelp::Place& place,
+                       const char* nullText) const;
+    std::size_t findForReading(const LayerNamePtr& layerName, const kelp::Place& place) const;
+    int findPair(const LayerNamePtr& top, const LayerNamePtr& bottom,
+                 const kelp::Place& place) const;
+
     std::vector<LayerNamePtr> layers;
     std::vector<CostFunctionPtr> costFunctions;
     std::vector<VolumeLayerPtr> searchRangeTops;

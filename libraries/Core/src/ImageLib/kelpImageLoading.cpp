@@ -110,9 +110,13 @@ ImagePtr copied(const QImage& source, int pixelTypeId)
 
 ImagePtr ImageTools::loadImage(const QString& path)
 {
-    const QImage source = readImage(path);
+    QImage source = readImage(path);
     if (source.isNull()) {
         return ImagePtr();
+    }
+    if (source.format() == QImage::Format_Indexed8 && !source.hasAlphaChannel()) {
+        // Entries of the color table that no pixel uses may hold anything.
+        source = source.convertToFormat(QImage::Format_RGB32);
     }
     if (source.format() == QImage::Format_Grayscale16) {
         return copied(source, MonoUInt16);

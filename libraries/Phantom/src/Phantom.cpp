@@ -11,11 +11,14 @@
 #include "kelpFileWriter.h"
 
 #include <QDir>
+#include <QFile>
 
 #include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <exception>
+#include <filesystem>
+#include <system_error>
 #include <thread>
 
 namespace kelp::phantom {
@@ -25,6 +28,17 @@ namespace {
 constexpr int largestSize = 4096;
 constexpr int largestNrBScans = 1024;
 constexpr double strongestNoise = 10.0;
+
+void makeFolder(const QDir& folder)
+{
+    std::error_code error;
+    const QString path = folder.absolutePath();
+    std::filesystem::create_directories(QFile::encodeName(path).toStdString(), error);
+    if (error) {
+        throw IOFailure(QString("Could not create the folder %1: %2")
+                            .arg(path, QString::fromStdString(error.message())));
+    }
+}
 
 /// One B-scan where the pattern has no more.
 Options completed(Options options)
@@ -129,6 +143,74 @@ void forAll(std::size_t count, const Work& work)
     }
 }
 
+/// One synthetic eye and the scan that is made of it.
+class Phantom
+{
+public:
+    explicit Phantom(const Options& options)
+        : m_options(completed(checked(options))), m_geometry(makeGeometry(m_options)),
+          m_anatomy(m_options.kind, m_options.seed), m_vessels(m_options.seed),
+          m_slices(placeSurfaces(m_options, m_geometry, m_anatomy, m_vessels))
+    {
+    }
+
+    Export describe(const QDir& folder) const
+    {
+        Export result;
+        result.xmlPath = folder.absoluteFilePath("export.xml");
+        result.seriesId = seriesIdOf(m_options);
+        result.surfaces = truthOf(m_options, m_slices);
+        result.foveaX = m_geometry.fovea.x;
+        result.foveaY = m_geometry.fovea.y;
+        for (const QString& name : imageFileNames(m_options)) {
+            result.imagePaths += folder.absoluteFilePath(name);
+        }
+        return result;
+    }
+
+    Export write(const QDir& folder) const
+    {
+        makeFolder(folder);
+        const Export result = describe(folder);
+        writeImages(result.imagePaths);
+        for (const Surface& surface : result.surfaces) {
+            writeFileAtomically(
+                folder.absoluteFilePath(QString("truth_%1.csv").arg(surface.identifier)),
+                asText(surface));
+        }
+        // Last, so that an export that can be opened is a whole one.
+        writeFileAtomically(result.xmlPath, exportXml(m_options, m_geometry,
+                                                      imageFileNames(m_options), result.surfaces));
+        return result;
+    }
+
+private:
+    static const Options& checked(const Options& options)
+    {
+        constexpr Place place{"libraries/Phantom/src/Phantom", "kelp::phantom::writeExport"};
+        const QString problem = problemWith(options);
+        check(problem.isEmpty(), place, problem);
+        return options;
+    }
+
+    void writeImages(const QStringList& paths) const
+    {
+        const BScanRenderer renderer(m_options, m_geometry);
+        forAll(m_slices.size() + 1, [&](std::size_t image) {
+            writeImage(paths[static_cast<int>(image)],
+                       image == 0 ? renderLocalizer(m_options, m_geometry, m_anatomy, m_vessels)
+                                  : renderer.render(image - 1, m_slices[image - 1]),
+                       m_options.imageFormat);
+        });
+    }
+
+    Options m_options;
+    ScanGeometry m_geometry;
+    RetinaAnatomy m_anatomy;
+    VesselMap m_vessels;
+    std::vector<SurfaceSlice> m_slices;
+};
+
 } // namespace
 
 QStringList imageFormats()
@@ -159,49 +241,14 @@ QString problemWith(const Options& options)
     return {};
 }
 
-Export writeExport(const QString& folder, const Options& requested)
+Export describeExport(const QString& folder, const Options& options)
 {
-    constexpr Place place{"libraries/Phantom/src/Phantom", "kelp::phantom::writeExport"};
-    const QString problem = problemWith(requested);
-    check(problem.isEmpty(), place, problem);
-    const Options options = completed(requested);
+    return Phantom(options).describe(folder);
+}
 
-    const QDir directory(folder);
-    if (!directory.mkpath(".")) {
-        throw IOFailure(QString("Could not create the folder %1.").arg(directory.absolutePath()));
-    }
-    const ScanGeometry geometry = makeGeometry(options);
-    const RetinaAnatomy anatomy(options.kind, options.seed);
-    const VesselMap vessels(options.seed);
-    const std::vector<SurfaceSlice> slices = placeSurfaces(options, geometry, anatomy, vessels);
-
-    Export result;
-    result.xmlPath = directory.absoluteFilePath("export.xml");
-    result.seriesId = seriesIdOf(options);
-    result.surfaces = truthOf(options, slices);
-    result.foveaX = geometry.fovea.x;
-    result.foveaY = geometry.fovea.y;
-    const QStringList names = imageFileNames(options);
-    for (const QString& name : names) {
-        result.imagePaths += directory.absoluteFilePath(name);
-    }
-
-    const BScanRenderer renderer(options, geometry);
-    const QStringList& paths = result.imagePaths;
-    forAll(slices.size() + 1, [&](std::size_t image) {
-        writeImage(paths[static_cast<int>(image)],
-                   image == 0 ? renderLocalizer(options, geometry, anatomy, vessels)
-                              : renderer.render(image - 1, slices[image - 1]),
-                   options.imageFormat);
-    });
-    for (const Surface& surface : result.surfaces) {
-        writeFileAtomically(
-            directory.absoluteFilePath(QString("truth_%1.csv").arg(surface.identifier)),
-            asText(surface));
-    }
-    // Last, so that an export that can be opened is a whole one.
-    writeFileAtomically(result.xmlPath, exportXml(options, geometry, names, result.surfaces));
-    return result;
+Export writeExport(const QString& folder, const Options& options)
+{
+    return Phantom(options).write(folder);
 }
 
 } // namespace kelp::phantom

@@ -63,6 +63,10 @@ QStringList imageFormats();
 /// What keeps these options from being made, in one sentence; empty if nothing does.
 QString problemWith(const Options& options);
 
+/// What writeExport gives for these arguments, without writing anything. Throws kelp::Assertion for
+/// options outside what can be made.
+Export describeExport(const QString& folder, const Options& options);
+
 /// Writes the XML file, its images and truth_<identifier>.csv into the folder, which is made if
 /// need be. The same options give the same bytes. Throws kelp::IOFailure with path and reason, and
 /// kelp::Assertion for options outside what can be made.

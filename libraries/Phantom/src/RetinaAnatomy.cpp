@@ -32,8 +32,8 @@ const ThicknessMap::Figures outerNuclearFigures{{{{0.0, 121.0}, {0.1, 120.5}, {0
                                                 {80.0, 78.0, 74.0, 80.0}};
 
 /// The ellipsoid surface bulges under the foveola, where the outer segments are longest.
-constexpr double iseToBmPeriphery = 57.0;
-constexpr double iseToBmBulge = 4.0;
+constexpr double iseToBmPeriphery = 54.5;
+constexpr double iseToBmBulge = 5.5;
 constexpr double bulgeRadius = 1.0;
 
 /// With drusen: the thickened complex of pigment epithelium and membrane between the drusen, and

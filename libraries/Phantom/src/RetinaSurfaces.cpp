@@ -59,7 +59,7 @@ private:
         for (std::size_t b = 1; b < paths.size(); ++b) {
             const double distance =
                 (paths[b].start - paths[b - 1].start).length() / m_geometry.eyeScale;
-            const double largestStep = 1.85 - std::min(1.05, 1.6 * distance);
+            const double largestStep = 1.85 - std::min(1.45, 2.25 * distance);
             const double y = (paths[b].start.y - m_geometry.scanCenter.y) / m_geometry.eyeScale;
             const double target = m_separateScans ? -curvatureAcross * y * y : 0.0;
             const double jump = random.uniform(-0.9, 0.9) * (random.chance(0.25) ? 1.0 : 0.25);

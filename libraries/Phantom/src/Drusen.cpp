@@ -14,7 +14,8 @@ constexpr double maximumHeight = 120.0;
 /// On the slopes of the pit the surfaces are steep by themselves, so only low drusen stand there.
 constexpr double pitRadius = 1.1;
 constexpr double maximumHeightInPit = 40.0;
-constexpr int nrDrusen = 30;
+constexpr double farthestHighest = 2.4;
+constexpr std::size_t nrDrusen = 30;
 
 /// High drusen are wide ones: they are as steep as low ones.
 double radiusOf(double height)
@@ -22,18 +23,34 @@ double radiusOf(double height)
     return 0.2 + 0.3 * (height - minimumHeight) / (maximumHeight - minimumHeight);
 }
 
+bool standsInPit(const Vector2d& center, double height)
+{
+    return center.length() < pitRadius + radiusOf(height);
+}
+
+Vector2d somewhere(Random& random)
+{
+    const double x = random.uniform(-2.5, 2.5);
+    return {x, random.uniform(-2.5, 2.5)};
+}
+
 } // namespace
 
 Drusen::Drusen(std::uint64_t seed)
 {
     Random random(seed, Stream::Drusen);
-    for (int i = 0; i < nrDrusen; ++i) {
-        const Vector2d center{random.uniform(-2.5, 2.5), random.uniform(-2.5, 2.5)};
+    // Each eye has one that is as high as they come, where a scan of the macula sees all of it.
+    Vector2d highest = somewhere(random);
+    while (standsInPit(highest, maximumHeight) || highest.length() > farthestHighest) {
+        highest = somewhere(random);
+    }
+    m_drusen.push_back({highest, radiusOf(maximumHeight), maximumHeight});
+    while (m_drusen.size() < nrDrusen) {
+        const Vector2d center = somewhere(random);
+        // Most drusen are low.
         const double share = random.uniform();
-        // Most drusen are low; the first is as high as they come, so that each eye has one.
-        double height = i == 0 ? maximumHeight
-                               : minimumHeight + (maximumHeight - minimumHeight) * share * share;
-        if (center.length() < pitRadius + radiusOf(height)) {
+        double height = minimumHeight + (maximumHeight - minimumHeight) * share * share;
+        if (standsInPit(center, height)) {
             height = std::min(height, maximumHeightInPit);
         }
         m_drusen.push_back({center, radiusOf(height), height});

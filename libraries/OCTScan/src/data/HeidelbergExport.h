@@ -19,7 +19,7 @@ struct ExportSeries
     QString modality;
     QString type;               ///< the export's own word: "Volume", "Fast Volume", "Section", ...
     QString patternText;        ///< the text of the OCTScanPattern that the type stands for
-    QString acquisitionTime;    ///< "HH:MM:SS" of the first image
+    QString acquisitionTime;    ///< "H:M:S" of the first image, as written there
     QStringList imageFileNames; ///< bare names in file order, localizer included
     QStringList bScanFileNames; ///< bare names of the B-scans alone, in order; empty where none
     bool complete = false;      ///< has ID, Modality and Type

@@ -1,6 +1,7 @@
 #include "Data.h"
 
 #include "DataTreeNode.h"
+#include "kelpException.h"
 
 #include <QUuid>
 
@@ -45,6 +46,17 @@ bool isBefore(const QString& a, const QString& b)
 }
 
 thread_local Data::LoadScope* innermostScope = nullptr;
+
+/// Classes of the tree report with errors, but their checks throw.
+template <typename Operation>
+CaError withoutExceptions(const char* identifier, const Operation& operation)
+{
+    try {
+        return operation();
+    } catch (const kelp::Exception& exception) {
+        return CaError(identifier, exception.getMessage(), exception.getDetail());
+    }
+}
 
 /// Under this key the context keeps an item of which only a reference was met so far.
 QString unresolvedKey(const QString& guid)
@@ -188,7 +200,7 @@ CaError Data::saveToNode(Data* data, DataTreeNode* node, DataSaveContext& contex
         return CaError::nullError;
     }
     context.insert(data->getGUID(), node->getName());
-    return data->doSave(node, context);
+    return withoutExceptions("SaveFailure", [&] { return data->doSave(node, context); });
 }
 
 Data* Data::instanceForNode(const DataTreeNode& node, DataLoadContext& context, LoadScope& scope,
@@ -245,7 +257,7 @@ Data* Data::loadFromNode(DataTreeNode* node, DataLoadContext& context, CaError& 
         scope.setResult(item);
         return item;
     }
-    error = item->doLoad(node, context);
+    error = withoutExceptions("LoadFailure", [&] { return item->doLoad(node, context); });
     if (error != CaError::nullError) {
         if (!isKnown) {
             context.remove(guid);

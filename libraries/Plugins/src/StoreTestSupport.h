@@ -4,6 +4,7 @@
 #include "DataTreeNode.h"
 #include "ProcessData.h"
 #include "StorePlugins.h"
+#include "kelpException.h"
 
 #include <QDir>
 #include <QFile>
@@ -34,6 +35,9 @@ public:
             saveToNode(scan.data(), node->createChild("Scan"), context);
         }
         node->setAttribute("Payload", payload);
+        if (payload == "throws on save") {
+            throw kelp::Assertion("cannot be saved");
+        }
         return error;
     }
     CaError doLoad(DataTreeNode* node, DataLoadContext& context) override
@@ -42,6 +46,9 @@ public:
         payload = node->getAttribute("Payload");
         if (DataTreeNode* const child = node->getChild("Scan")) {
             scan = DataPointer<Data>(loadFromNode(child, context, error));
+        }
+        if (payload == "throws") {
+            throw kelp::Assertion("null after loading");
         }
         return payload == "damaged" ? CaError("Damaged", "The payload is damaged.", "") : error;
     }

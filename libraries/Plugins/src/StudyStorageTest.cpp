@@ -150,6 +150,26 @@ TEST_F(StudyStorage, ADamagedResultDoesNotTakeItsScanFromTheOthers)
     EXPECT_EQ(study->getItemErrors().front().getIdentifier(), QString("Damaged"));
 }
 
+TEST_F(StudyStorage, AnItemThatThrowsIsAnErrorLikeEveryOther)
+{
+    const DataPointer<Patient> patient = makePatient("A");
+    Study& written = *patient->getStudy("DefaultStudy");
+    auto& result = dynamic_cast<Result&>(*results(written).front());
+    result.payload = "throws";
+    DataTreeNode node;
+    save(written, node);
+    const DataPointer<Study> study = load(node);
+    EXPECT_TRUE(results(*study).isEmpty());
+    EXPECT_EQ(scans(*study).size(), 1);
+    ASSERT_EQ(study->getItemErrors().size(), 1);
+    EXPECT_TRUE(study->getItemErrors().front().toString().contains("null after loading"));
+
+    result.payload = "throws on save";
+    DataTreeNode again;
+    DataSaveContext context;
+    EXPECT_TRUE(written.doSave(&again, context).toString().contains("cannot be saved"));
+}
+
 TEST_F(StudyStorage, AnItemThatAnUnknownClassHoldsIsFoundInsideIt)
 {
     const DataPointer<Patient> patient = makePatient("A");

@@ -14,6 +14,8 @@ namespace kelp::oct {
 ///
 /// In a B-scan of 8 bits an area is the device's fill if it is 4-connected, of exactly 255, touches
 /// the border and has at least 50 pixels: inside of real images no such area had more than 24.
+/// JPEG smears the fill's edge, which shows in the pixels next to it; there everything from 240 on
+/// that hangs together with the fill belongs to it too, and two pixels more around all of it.
 /// Images without fill are handed through as they are, shared.
 QList<kelp::ImagePtr> segmentationImages(const OCTScan& scan);
 

@@ -28,19 +28,32 @@ int inCoarseRows(float rows)
     return truncatedToInt(static_cast<double>(rows) * axialReduction);
 }
 
-void checkLargeEnough(const OCTScan& scan)
+QString sizeText(const kelp::Image& image)
 {
-    for (int index = 0; index < scan.getBScanCount(); ++index) {
-        const auto bScan = scan.getBScan(static_cast<unsigned>(index));
-        const auto image = bScan ? bScan->getImage() : kelp::ImagePtr();
-        if (image && (image->getColumns() < fewestAScans || image->getRows() < fewestRows)) {
-            throw Exception(QString("BScan %1 is too small to be segmented: it has %2 A-scans and "
-                                    "%3 rows, but %4 and %5 are needed.")
+    return QString("%1 A-scans and %2 rows").arg(image.getColumns()).arg(image.getRows());
+}
+
+/// A cut runs over all B-scans together, so they must be alike, and the coarse copy must have
+/// something left.
+void checkSizes(const OCTScan& scan)
+{
+    const QList<kelp::ImagePtr> images = scan.getBScanImages();
+    for (int index = 0; index < images.size(); ++index) {
+        const kelp::Image& image = *images.at(index);
+        const kelp::Image& first = *images.first();
+        if (image.getColumns() < fewestAScans || image.getRows() < fewestRows) {
+            throw Exception(QString("The scan is too small to be segmented: BScan %1 has %2, but "
+                                    "%3 and %4 are needed.")
                                 .arg(index)
-                                .arg(image->getColumns())
-                                .arg(image->getRows())
+                                .arg(sizeText(image))
                                 .arg(fewestAScans)
                                 .arg(fewestRows));
+        }
+        if (image.getColumns() != first.getColumns() || image.getRows() != first.getRows()) {
+            throw Exception(QString("The BScans differ in size: BScan %1 has %2, but BScan 0 has "
+                                    "%3.")
+                                .arg(index)
+                                .arg(sizeText(image), sizeText(first)));
         }
     }
 }
@@ -178,7 +191,7 @@ void SegWorker::segmentILMCoarsePrivate(VolumeLayerPtr& ilmCoarse, double ilmVox
                   "volumes and straight and circular BScans can be segmented")
               .arg(patternText(scan)));
 
-    checkLargeEnough(*scan);
+    checkSizes(*scan);
     const QList<kelp::ImagePtr> images =
         segmentationImagesCoarse(*scan, lateralReduction, axialReduction);
     const MaskMatrixPtr coarseMask = makeCoarseMask(mask, place);

@@ -42,13 +42,10 @@ ChainStep mouseRPEStep()
 {
     return {"segmentPEFineConstant",
             [](SegInterface& segInterface, const OCTScanSegPtr& segmentation, const ChainOptions&) {
-                constexpr float rpeThicknessMean = 78.0F;
-                constexpr float rpeThicknessVarWeight = 0.2F;
-                constexpr float ilm2isosDistMean = 117.0F;
-                constexpr float ilm2isosDistVarWeight = 0.1F;
-                segInterface.segmentPEFineConstant(segmentation, rpeThicknessMean,
-                                                   rpeThicknessVarWeight, ilm2isosDistMean,
-                                                   ilm2isosDistVarWeight);
+                const OuterDistProps distances = mouseOuterDistances();
+                segInterface.segmentPEFineConstant(
+                    segmentation, distances.rpeThicknessMean, distances.rpeThicknessVarWeight,
+                    distances.ilm2isosDistMean, distances.ilm2isosDistVarWeight);
             }};
 }
 
@@ -84,6 +81,16 @@ constexpr SegmentationChain allChains[] = {SegmentationChain::Normal, Segmentati
                                            SegmentationChain::Mouse};
 
 } // namespace
+
+OuterDistProps mouseOuterDistances()
+{
+    OuterDistProps distances;
+    distances.rpeThicknessMean = 78.0F;
+    distances.rpeThicknessVarWeight = 0.2F;
+    distances.ilm2isosDistMean = 117.0F;
+    distances.ilm2isosDistVarWeight = 0.1F;
+    return distances;
+}
 
 InnerDistProps mouseInnerDistances()
 {

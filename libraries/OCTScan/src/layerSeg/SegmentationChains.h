@@ -27,7 +27,17 @@ QString chainName(SegmentationChain chain);
 /// The names of the chain's steps in order.
 QStringList chainSteps(SegmentationChain chain);
 
-/// The distances of the inner surfaces in a mouse retina.
+/// The distances of ISe and BM where no trained model fits: means in micrometres, and weights.
+struct OuterDistProps
+{
+    float rpeThicknessMean = 0.0F;
+    float rpeThicknessVarWeight = 0.0F;
+    float ilm2isosDistMean = 0.0F;
+    float ilm2isosDistVarWeight = 0.0F;
+};
+
+/// The distances in a mouse retina.
+OuterDistProps mouseOuterDistances();
 InnerDistProps mouseInnerDistances();
 
 /// Queues the steps of the chain with their numbers. The caller has called resetSegmentation.

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <string>
+#include <thread>
 
 namespace {
 
@@ -41,6 +43,52 @@ TEST(Check, AFailedConnectQuotesItsExpression)
                                 "libraries/Base/src/kelpBaseTest at line "))
         << text;
     EXPECT_EQ(printed.str(), text.toStdString() + "\n");
+}
+
+TEST(Check, AShortPathStaysWhole)
+{
+    EXPECT_EQ(kelp::locatedText({"a/b", "f"}, "text"), QString("a/b::f: text"));
+    EXPECT_EQ(kelp::locatedText({"a/b/c/d/e/f", "f"}, "text"), QString("c/d/e/f::f: text"));
+}
+
+TEST(Check, AHeldConnectPrintsAndThrowsNothing)
+{
+    std::ostringstream printed;
+    kelp::Trace::redirect(&printed);
+    EXPECT_NO_THROW(KELP_CONNECT("libraries/Base/src/kelpBaseTest", QString().isEmpty()));
+    kelp::Trace::redirect(nullptr);
+    EXPECT_EQ(printed.str(), "");
+}
+
+TEST(Trace, LinesOfDifferentThreadsNeverMix)
+{
+    constexpr int linesPerThread = 500;
+    std::ostringstream printed;
+    kelp::Trace::redirect(&printed);
+    const auto work = [](char letter) {
+        for (int i = 0; i < linesPerThread; ++i) {
+            kelp::Trace() << letter << letter << std::string(20, letter) << letter;
+        }
+    };
+    std::thread first(work, 'a');
+    std::thread second(work, 'b');
+    first.join();
+    second.join();
+    kelp::Trace::redirect(nullptr);
+    std::istringstream lines(printed.str());
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count) {
+        ASSERT_EQ(line, std::string(23, line.front()));
+    }
+    EXPECT_EQ(count, 2 * linesPerThread);
+}
+
+TEST(Trace, GoesToStandardOutputUnlessRedirected)
+{
+    testing::internal::CaptureStdout();
+    kelp::Trace() << "found " << 3 << ' ' << QString("B-scans") << ' ' << 0.5;
+    kelp::Trace::flush();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "found 3 B-scans 0.5\n");
 }
 
 TEST(Exception, TheDetailFollowsTheMessageOnItsOwnLine)

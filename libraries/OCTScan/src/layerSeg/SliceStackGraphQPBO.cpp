@@ -22,7 +22,15 @@ constexpr kelp::Place placeConstructor{"libraries/OCTScan/src/layerSeg/SliceStac
 constexpr unsigned nodesWorthALine = 200;
 constexpr int baseNodeCapacity = -1000;
 
-std::atomic<SliceStackGraphQPBO::SolveObserver> solveObserver{nullptr};
+std::atomic<SliceStackGraphQPBO::SolveObserver> beforeSolve{nullptr};
+std::atomic<SliceStackGraphQPBO::SolveObserver> afterSolve{nullptr};
+
+void tell(SliceStackGraphQPBO::SolveObserver observer, const QpboGraph<int>& solver)
+{
+    if (observer) {
+        observer(solver);
+    }
+}
 
 void graphCutError(const char* text)
 {
@@ -75,9 +83,10 @@ SliceStackGraphQPBO::SliceStackGraphQPBO(const QList<kelp::ImagePtr>& images,
 
 SliceStackGraphQPBO::~SliceStackGraphQPBO() = default;
 
-void SliceStackGraphQPBO::setSolveObserver(SolveObserver observer)
+void SliceStackGraphQPBO::setSolveObservers(SolveObserver before, SolveObserver after)
 {
-    solveObserver = observer;
+    beforeSolve = before;
+    afterSolve = after;
 }
 
 bool SliceStackGraphQPBO::leaveIfAborted() const
@@ -323,15 +332,14 @@ void SliceStackGraphQPBO::segment()
     if (!graphValid) {
         return;
     }
-    if (const SolveObserver observer = solveObserver) {
-        observer(*m_solver);
-    }
+    tell(beforeSolve, *m_solver);
     m_statistics.nodes = static_cast<std::size_t>(m_solver->GetNodeNum());
     m_statistics.edges = static_cast<std::size_t>(m_solver->GetEdgeNum());
     solve();
     if (leaveIfAborted()) {
         return;
     }
+    tell(afterSolve, *m_solver);
     wrapFailure("Error getting labels from graph.", [this] { readLabels(); });
     m_watcher->setStepProgress(0.85F);
     addRangeTops();

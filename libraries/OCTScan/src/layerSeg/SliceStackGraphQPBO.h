@@ -85,10 +85,10 @@ public:
         return m_gridColNodeIds[columnIndex(layer, x, z)];
     }
 
-    /// Called with every graph whose solve is about to start; null for none. For benchmarks, which
+    /// Called before and after every solve of the process; null for none. For benchmarks, which
     /// have no other way to the cuts inside a chain of steps.
     using SolveObserver = void (*)(const QpboGraph<int>& solver);
-    static void setSolveObserver(SolveObserver observer);
+    static void setSolveObservers(SolveObserver before, SolveObserver after);
 
 private:
     class BuildTimer;

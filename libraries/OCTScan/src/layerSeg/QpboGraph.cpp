@@ -358,7 +358,10 @@ bool QpboGraph<REAL>::MaxFlow()
         return false;
     }
     QpboMaxFlow<REAL> flow(m_nodes.data(), m_arcs.data(), m_abortFlag);
-    forEachHalf([&](std::int32_t begin, std::int32_t end) { flow.plantTrees(begin, end); });
+    forEachHalf([&](std::int32_t begin, std::int32_t end) {
+        flow.pushAlongChains(begin, end);
+        flow.plantTrees(begin, end);
+    });
     return flow.run();
 }
 

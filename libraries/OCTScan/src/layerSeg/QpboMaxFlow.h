@@ -99,6 +99,12 @@ public:
         node.next = i;
     }
 
+    /// Augments along the chains of arcs that lead from each node to the one before it, as much as
+    /// these chains alone allow. Columns of a surface graph are such chains, with arcs that nothing
+    /// saturates, so this is most of the flow for the cost of two passes; what it leaves is found
+    /// by the trees.
+    void pushAlongChains(std::int32_t begin, std::int32_t end);
+
     /// Augments until the trees cannot meet any more. False when the abort flag ended it; the
     /// residuals are those of a valid flow in either case.
     bool run();
@@ -113,6 +119,7 @@ private:
     /// Nodes handled between two looks at the abort flag; far below a millisecond.
     static constexpr unsigned abortInterval = 1024;
 
+    std::int32_t arcToPrevious(std::int32_t i) const;
     std::int32_t takeActive();
     std::int32_t growSource(std::int32_t i);
     std::int32_t growSink(std::int32_t i);
@@ -141,6 +148,59 @@ private:
     unsigned m_work = 0;
     std::int64_t m_flow = 0;
 };
+
+/// The arc to the node before it, or -1. Only the first few arcs are looked at: where nodes are
+/// built in chains the arc is one of them.
+template <typename REAL>
+std::int32_t QpboMaxFlow<REAL>::arcToPrevious(std::int32_t i) const
+{
+    constexpr std::int32_t arcsToLookAt = 4;
+    const std::int32_t end = std::min(m_nodes[i + 1].first, m_nodes[i].first + arcsToLookAt);
+    for (std::int32_t a = m_nodes[i].first; a < end; ++a) {
+        if (static_cast<std::int32_t>(m_arcs[a].head()) == i - 1) {
+            return a;
+        }
+    }
+    return -1;
+}
+
+template <typename REAL>
+void QpboMaxFlow<REAL>::pushAlongChains(std::int32_t begin, std::int32_t end)
+{
+    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+    // Upwards: how much the chain from a node on could take, kept in distance, and the arc of the
+    // chain, kept in parent.
+    std::int64_t wanted = 0;
+    for (std::int32_t i = begin; i < end; ++i) {
+        Node& node = m_nodes[i];
+        node.parent = i > begin ? arcToPrevious(i) : -1;
+        const std::int64_t passed =
+            node.parent < 0 ? 0 : std::min<std::int64_t>(wanted, m_arcs[node.parent].r_cap);
+        wanted = std::min(passed - std::min<std::int64_t>(node.tr_cap, 0), most);
+        node.distance = static_cast<std::int32_t>(wanted);
+    }
+    // Downwards: carry no more than is wanted.
+    std::int64_t carried = 0;
+    for (std::int32_t i = end - 1; i >= begin; --i) {
+        Node& node = m_nodes[i];
+        const std::int64_t taken = std::min(carried, -std::min<std::int64_t>(node.tr_cap, 0));
+        node.tr_cap += static_cast<REAL>(taken);
+        m_flow += taken;
+        carried -= taken;
+        if (node.parent < 0) {
+            continue;
+        }
+        const std::int64_t room =
+            std::min<std::int64_t>(m_nodes[i - 1].distance, m_arcs[node.parent].r_cap);
+        const std::int64_t given =
+            std::clamp<std::int64_t>(room - carried, 0, std::max<std::int64_t>(node.tr_cap, 0));
+        node.tr_cap -= static_cast<REAL>(given);
+        carried += given;
+        if (carried > 0) {
+            push(node.parent, static_cast<REAL>(carried));
+        }
+    }
+}
 
 template <typename REAL>
 bool QpboMaxFlow<REAL>::run()

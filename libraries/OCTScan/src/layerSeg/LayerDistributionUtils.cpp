@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QResource>
 
 #include <utility>
@@ -94,7 +95,8 @@ void LayerDistributionUtils::loadFromXMLResource(const QString& path,
     }
     QFile file(path);
     Trace() << "loading XML distribution file " << path;
-    if (!file.open(QIODevice::ReadOnly)) {
+    // Qt opens a folder of the resources as an empty file.
+    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
         Trace() << "Error opening file: " << path << "!";
         throw Exception(QString("Error opening file %1 from resource system. ").arg(path) +
                         accessibleResources());

@@ -7,15 +7,19 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <sstream>
 #include <thread>
 
 namespace {
 
+/// Atomic, since the last pointer may go in another thread.
+using Flag = std::atomic<bool>;
+
 class Item : public Data
 {
 public:
-    explicit Item(bool* deleted = nullptr) : m_deleted(deleted) {}
+    explicit Item(Flag* deleted = nullptr) : m_deleted(deleted) {}
     ~Item() override
     {
         if (m_deleted) {
@@ -24,7 +28,7 @@ public:
     }
 
 private:
-    bool* m_deleted;
+    Flag* m_deleted;
 };
 
 using ItemPointer = DataPointer<Item>;
@@ -49,7 +53,7 @@ private:
 
 TEST(DataPointer, AnItemLivesAsLongAsItsLastPointer)
 {
-    bool deleted = false;
+    Flag deleted{false};
     {
         ItemPointer first(new Item(&deleted));
         {
@@ -65,7 +69,7 @@ TEST(DataPointer, AnItemLivesAsLongAsItsLastPointer)
 
 TEST(DataPointer, AssignmentToItselfKeepsTheItem)
 {
-    bool deleted = false;
+    Flag deleted{false};
     ItemPointer pointer(new Item(&deleted));
     const ItemPointer& same = pointer;
     pointer = same;
@@ -76,8 +80,8 @@ TEST(DataPointer, AssignmentToItselfKeepsTheItem)
 
 TEST(DataPointer, AssignmentLetsGoOfTheFormerItem)
 {
-    bool firstDeleted = false;
-    bool secondDeleted = false;
+    Flag firstDeleted{false};
+    Flag secondDeleted{false};
     ItemPointer pointer(new Item(&firstDeleted));
     pointer = ItemPointer(new Item(&secondDeleted));
     EXPECT_TRUE(firstDeleted);
@@ -138,7 +142,7 @@ TEST(DataPointer, ADoubleUnrefIsWhatTheWarningIsAbout)
 
 TEST(DataPointer, MayBeCopiedAndDroppedByManyThreadsAtATime)
 {
-    bool deleted = false;
+    Flag deleted{false};
     {
         const ItemPointer shared(new Item(&deleted));
         const auto work = [&shared] {
@@ -163,7 +167,7 @@ TEST(DataPointer, MayBeCopiedAndDroppedByManyThreadsAtATime)
 TEST(DataPointer, TheLastPointerMayGoInAnotherThread)
 {
     for (int round = 0; round < 50; ++round) {
-        bool deleted = false;
+        Flag deleted{false};
         auto shared = std::make_unique<ItemPointer>(new Item(&deleted));
         std::thread other([copy = ItemPointer(*shared)]() mutable { copy = nullptr; });
         shared.reset();
@@ -184,7 +188,7 @@ public slots:
     }
 
 public:
-    Item* m_item = nullptr;
+    std::atomic<Item*> m_item{nullptr};
 };
 
 TEST(DataPointer, TravelsThroughAQueuedCallToAnotherThread)
@@ -194,7 +198,7 @@ TEST(DataPointer, TravelsThroughAQueuedCallToAnotherThread)
     char* arguments[] = {name, nullptr};
     const QCoreApplication application(argumentCount, arguments);
     qRegisterMetaType<ItemPointer>("ItemPointer");
-    bool deleted = false;
+    Flag deleted{false};
     auto* const item = new Item(&deleted);
     {
         Receiver receiver;
@@ -209,7 +213,7 @@ TEST(DataPointer, TravelsThroughAQueuedCallToAnotherThread)
         EXPECT_FALSE(deleted);
         thread.start();
         thread.wait();
-        EXPECT_EQ(receiver.m_item, item);
+        EXPECT_EQ(receiver.m_item.load(), item);
     }
     EXPECT_TRUE(deleted);
 }

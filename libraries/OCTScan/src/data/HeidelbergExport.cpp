@@ -138,8 +138,10 @@ QList<OCTScanPtr> importScans(const QString& xmlPath, const QString& targetFolde
     QList<ExportSeries> allSeries;
     try {
         allSeries = readExportSeries(xmlPath);
-    } catch (const Exception&) {
+    } catch (const IOFailure&) {
         return {};
+    } catch (const ParsingError&) {
+        // Whatever is no export simply has no series.
     }
     const QString folder = folderOf(xmlPath);
     Trace() << "xml file folder: " << folder;

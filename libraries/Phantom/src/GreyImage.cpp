@@ -25,6 +25,15 @@ QImage toGrey(const std::vector<float>& values, int columns, int rows)
     return image;
 }
 
+void prepareImageWriting(const QString& format)
+{
+    // Qt's loader of image plug-ins belongs to the thread that asks for it first, and that must not
+    // be one that ends soon.
+    if (!QImageWriter::supportedImageFormats().contains(format.toLatin1())) {
+        throw IOFailure(QString("Could not find Qt's plug-in that writes %1 images.").arg(format));
+    }
+}
+
 void writeImage(const QString& path, QImage image, const QString& format)
 {
     // Without this the resolution would be that of the screen, and the bytes would depend on it.

@@ -195,6 +195,7 @@ private:
 
     void writeImages(const QStringList& paths) const
     {
+        prepareImageWriting(m_options.imageFormat);
         const BScanRenderer renderer(m_options, m_geometry);
         forAll(m_slices.size() + 1, [&](std::size_t image) {
             writeImage(paths[static_cast<int>(image)],

@@ -11,11 +11,10 @@ namespace kelp::oct::bench {
 namespace {
 
 using Traits = boost::adjacency_list_traits<boost::vecS, boost::vecS, boost::directedS>;
-using VertexProperties =
-    boost::property<boost::vertex_color_t, boost::default_color_type,
-                    boost::property<boost::vertex_distance_t, long,
-                                    boost::property<boost::vertex_predecessor_t,
-                                                    Traits::edge_descriptor>>>;
+using VertexProperties = boost::property<
+    boost::vertex_color_t, boost::default_color_type,
+    boost::property<boost::vertex_distance_t, long,
+                    boost::property<boost::vertex_predecessor_t, Traits::edge_descriptor>>>;
 using EdgeProperties = boost::property<
     boost::edge_capacity_t, long long,
     boost::property<boost::edge_residual_capacity_t, long long,
@@ -81,8 +80,7 @@ BoostCut solveWithBoost(const QpboGraph<int>& graph, BoostMethod method)
     cut.flow = method == BoostMethod::BoykovKolmogorov
                    ? boost::boykov_kolmogorov_max_flow(network, source, sink)
                    : boost::push_relabel_max_flow(network, source, sink);
-    cut.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    cut.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     cut.labels = findSinkSide(network, sink);
     cut.labels.resize(nodes);
     return cut;

@@ -85,8 +85,8 @@ bool ChainBench::isEqualToBoost() const
 
 void ChainBench::print() const
 {
-    std::printf("%-26s %8s %9s %10s %8s %8s %8s %8s", "step", "columns", "nodes", "edges", "build s",
-                "solve s", "step s", "peak MB");
+    std::printf("%-26s %8s %9s %10s %8s %8s %8s %8s", "step", "columns", "nodes", "edges",
+                "build s", "solve s", "step s", "peak MB");
     std::printf(boostCuts.empty() ? "\n" : " %8s %6s\n", "Boost s", "ratio");
     std::size_t cutIndex = 0;
     double solveSeconds = 0.0;

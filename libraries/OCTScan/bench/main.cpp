@@ -48,7 +48,8 @@ int main(int argumentCount, char** arguments)
     parser.addHelpOption();
     parser.addPositionalArgument("EXPORT", "The XML file of an export.");
     parser.addOption({"chain", "normal, drusen or mouse.", "name", "normal"});
-    parser.addOption({"boost", "Also solve every cut with Boost.Graph and compare labels and times."});
+    parser.addOption(
+        {"boost", "Also solve every cut with Boost.Graph and compare labels and times."});
     parser.addOption({"trace", "Let the trace lines through."});
     parser.process(application);
     const auto chain = kelp::oct::chainFromName(parser.value("chain"));

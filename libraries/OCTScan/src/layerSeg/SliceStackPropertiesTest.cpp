@@ -18,8 +18,8 @@ using kelp::oct::test::TraceCapture;
 std::string located(const char* function, const char* text)
 {
     return std::string("OCTScan/src/layerSeg/SliceStackProperties::kelp::oct::"
-                       "SliceStackProperties::")
-           + function + ": " + text;
+                       "SliceStackProperties::") +
+           function + ": " + text;
 }
 
 VolumeLayerPtr matrix(unsigned short value)
@@ -95,9 +95,12 @@ TEST_F(SliceStackPropertiesTest, SettersAndGettersCompareInstances)
 
 TEST_F(SliceStackPropertiesTest, TheEstimateCountsAtLeastEightNodesAColumn)
 {
-    for (const auto& [top, bottom, nodes] :
-         {std::tuple<int, int, unsigned>{5, 5, 8}, {5, 7, 8}, {5, 13, 8}, {5, 14, 9}, {0, 300, 300},
-          {9, 5, 8}}) {
+    for (const auto& [top, bottom, nodes] : {std::tuple<int, int, unsigned>{5, 5, 8},
+                                             {5, 7, 8},
+                                             {5, 13, 8},
+                                             {5, 14, 9},
+                                             {0, 300, 300},
+                                             {9, 5, 8}}) {
         m_properties.setSearchRange(m_ilm, matrix(static_cast<unsigned short>(top)),
                                     matrix(static_cast<unsigned short>(bottom)));
         EXPECT_EQ(m_properties.getNrOfNodesForColumn(m_ilm, 1, 2), nodes) << top << " " << bottom;
@@ -197,8 +200,7 @@ TEST_F(SliceStackPropertiesTest, NullArgumentsAreRefused)
               located("setSearchRange", "Bottom search range layer is null."));
     const auto distance = [&](const LayerNamePtr& top, const LayerNamePtr& bottom,
                               const VolumeLayerPtr& minimum, const VolumeLayerPtr& maximum) {
-        return failure<Assertion>(
-            [&] { p.setInterSurfDistance(top, bottom, minimum, maximum); });
+        return failure<Assertion>([&] { p.setInterSurfDistance(top, bottom, minimum, maximum); });
     };
     EXPECT_EQ(distance(m_null, m_gcl, matrix(1), matrix(2)),
               located("setInterSurfDistance", "Top layer is null."));

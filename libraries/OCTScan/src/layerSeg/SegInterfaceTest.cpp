@@ -30,8 +30,8 @@ const std::string aborting = "Aborting segmentation";
 struct Interface : testing::Test
 {
     int argumentCount = 1;
-    char name[5] = "test";
-    char* arguments[2] = {name, nullptr};
+    char program[5] = "test";
+    char* arguments[2] = {program, nullptr};
     QCoreApplication application{argumentCount, arguments};
     SegInterface segInterface;
     RunRecorder recorder{segInterface};

@@ -81,7 +81,7 @@ TEST_P(AnySlot, KeepsItsNameAndTimeInTheStatistics)
 }
 
 INSTANTIATE_TEST_SUITE_P(SegWorker, AnySlot, testing::ValuesIn(allSlots()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& slot) { return std::string(slot.param.name); });
 
 TEST(SegWorker, NeedsAWatcher)
 {

@@ -6,11 +6,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <ctime>
 #include <fstream>
 #include <limits>
 #include <random>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -364,6 +368,73 @@ TEST_F(QpboGraphTest, GrowthPastWhatCanBeCountedIsRefusedThroughTheCallback)
     // A callback that raises leaves the graph as it was.
     EXPECT_EQ(graph.GetNodeNum(), 5);
     EXPECT_EQ(graph.AddNode(), 5);
+}
+
+/// A grid of nodes with weak links and random capacities, which takes the trees seconds.
+void addHardGrid(QpboGraph<int>& graph, int side)
+{
+    std::mt19937 random(6);
+    std::uniform_int_distribution<int> capacity(-1000, 1000);
+    graph.AddNode(side * side);
+    for (int i = 0; i < side * side; ++i) {
+        graph.AddToUnaryCapacity(i, capacity(random));
+    }
+    for (int y = 0; y < side; ++y) {
+        for (int x = 0; x < side; ++x) {
+            const int i = y * side + x;
+            if (x + 1 < side) {
+                graph.AddPairwiseTerm(i, i + 1, 0, 900, 900, 0);
+            }
+            if (y + 1 < side) {
+                graph.AddPairwiseTerm(i, i + side, 0, 900, 900, 0);
+            }
+        }
+    }
+}
+
+/// Of all threads of the process, since the machine may be busy with other things.
+double processorSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+TEST_F(QpboGraphTest, ASolveUnderWayEndsWithinATenthOfASecondOfTheFlag)
+{
+    std::atomic<bool> flag{false};
+    QpboGraph<int> graph(0, 0, nullptr);
+    graph.setAbortFlag(&flag);
+    addHardGrid(graph, 1500);
+    double flagTime = 0.0;
+    std::thread user([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        flagTime = processorSeconds();
+        flag = true;
+    });
+    graph.Solve();
+    const double end = processorSeconds();
+    const bool wasUnderWay = flag;
+    user.join();
+    ASSERT_TRUE(wasUnderWay) << "the solve was over before the flag";
+    EXPECT_LT(end - flagTime, 0.1);
+    const std::vector<int> labels = labelsOf(graph);
+    EXPECT_EQ(std::count(labels.begin(), labels.end(), 0), graph.GetNodeNum());
+}
+
+TEST_F(QpboGraphTest, ASolveThatWasEndedCanBeDoneAgain)
+{
+    std::atomic<bool> flag{true};
+    QpboGraph<int> graph(0, 0, nullptr);
+    QpboGraph<int> other(0, 0, nullptr);
+    addHardGrid(graph, 40);
+    addHardGrid(other, 40);
+    graph.setAbortFlag(&flag);
+    graph.Solve();
+    flag = false;
+    graph.Solve();
+    other.Solve();
+    EXPECT_EQ(labelsOf(graph), labelsOf(other));
 }
 
 TEST_F(QpboGraphTest, RoomThatNothingUsesCostsNoMemory)

@@ -1,4 +1,12 @@
-int main()
+#include "Command.h"
+#include "ScanWorker.h"
+
+#include <cstring>
+
+int main(int argc, char** argv)
 {
-    return 2;
+    if (argc == 2 && std::strcmp(argv[1], kelp::command::workerArgument) == 0) {
+        return kelp::command::runScanWorker(argc, argv);
+    }
+    return kelp::command::runCommand(argc, argv);
 }

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "RunRecord.h"
+
+#include <functional>
+
+namespace kelp::command {
+
+/// Writes what the formats ask for, and segmentation.b64, into the folder. Throws IOFailure with
+/// path and reason for a file that does not stand whole on the disk.
+/// progress is told what is written next and the percentage of all that is written.
+void writeResults(const OCTScanSegPtr& segmentation, const kelp::oct::EtdrsTable& etdrs,
+                  const Formats& formats, const QString& folder,
+                  const std::function<void(const QString&, int)>& progress);
+
+} // namespace kelp::command

@@ -164,17 +164,26 @@ TEST_F(PhantomChains, AStarFailsAtTheFirstStepWithItsText)
     }
 }
 
+constexpr std::uint8_t whiteOfTheDevice = 255;
+
 TEST_F(PhantomChains, TheDevicesFillDrawsNoSurfaceToIt)
 {
     phantom::Options options = small(phantom::Pattern::Volume, phantom::Kind::Normal);
     options.aScans = 128;
     make(options);
-    // White below the retina, as under a B-scan that was moved up by 60 rows.
-    for (const unsigned bScan : {2U, 3U}) {
+    // White right below the retina, as in B-scans that were moved up: its edge is far stronger than
+    // the retina's own.
+    for (const unsigned bScan : {1U, 2U, 3U, 4U, 5U}) {
         const kelp::ImagePtr image = segmentation->getOCT()->getBScan(bScan)->getImage();
         auto* const pixels = image->pixels<std::uint8_t>();
-        std::fill(pixels + image->getColumns() * (image->getRows() - 60),
-                  pixels + image->getNumberOfPixels(), std::uint8_t{255});
+        const int columns = image->getColumns();
+        const int rows = image->getRows();
+        for (int column = 0; column < columns; ++column) {
+            const int below = phantom.surfaces.back().rows[bScan][column] + 20;
+            for (int row = below; row < rows; ++row) {
+                pixels[row * columns + column] = whiteOfTheDevice;
+            }
+        }
     }
     EXPECT_THAT(run(SegmentationChain::Normal), IsEmpty());
     std::map<std::string, double> found = errors();

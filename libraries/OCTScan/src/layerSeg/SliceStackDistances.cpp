@@ -117,7 +117,7 @@ bool SliceStackGraphQPBO::isUsable(const Position& position) const
 
 /// W times the absolute deviation from the expected distance. The columns are aligned by the
 /// bottoms of their ranges although the ids count from the tops: between columns of different
-/// heights the distance moves by the difference, which the trained weights have always seen.
+/// heights the distance moves by the difference. That is on purpose: the weights are tuned with it.
 ///
 /// The loops over ids do not stop at the end of a column where the distance reaches beyond it.
 void SliceStackGraphQPBO::addBetweenSurfaces(int top, int bottom, const Position& position,

@@ -21,9 +21,9 @@ void SliceStackGraphQPBO::addInterColumnEdges(int layer)
     if (nZ == 1) {
         return;
     }
-    // The four borders get their edges along themselves only. The interior below limits them
-    // towards the border, and nothing limits the border towards the interior: kept so, since the
-    // limits of the interior hold for both directions in all but steep corners.
+    // The borders get edges along themselves only, and those between a border and the interior
+    // lead outwards only, so a border may lie any number of rows above its inner neighbour. That is
+    // on purpose: at the ends of a scan the surface may rise out of the image faster than inside.
     addSlopeEdgesAlongX(layer, nZ - 1, deltaX);
     addSlopeEdgesAlongZ(layer, 0, deltaZ);
     addSlopeEdgesAlongZ(layer, nX - 1, deltaZ);

@@ -117,8 +117,8 @@ void SliceStackProperties::setInterSurfDistance(const LayerNamePtr& topLayer,
     kelp::check(!minimumDistance.isNull(), place, "Minimum distance layer is null.");
     kelp::check(!maximumDistance.isNull(), place, "Maximum distance layer is null.");
     for (int i = 0; i < interSurfacePairs.size(); ++i) {
-        // One equal member is enough, and the entry keeps its pair: the steps register each surface
-        // against its neighbour, and a later registration of either is meant as a correction.
+        // One equal member is enough, and the entry keeps its pair. That is on purpose: a surface
+        // has one limit upwards and one downwards at most, and the last call sets it.
         const auto& pair = interSurfacePairs[i];
         if (pair.first == topLayer || pair.second == bottomLayer) {
             interSurfaceMinimums[static_cast<std::size_t>(i)] = minimumDistance;

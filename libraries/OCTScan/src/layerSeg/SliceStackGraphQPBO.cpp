@@ -250,8 +250,9 @@ bool SliceStackGraphQPBO::constructSubgraph(int layer)
     std::vector<std::vector<int>> capacities(m_nrBScans);
     parallelFor(static_cast<int>(m_nrBScans), [&](int z) {
         if (!m_watcher->isAborted()) {
+            // at(), since [] of a shared list detaches it, which two threads must not do at once.
             capacities[static_cast<std::size_t>(z)] = columnCapacities(
-                *m_images[z], *costFunction, *top, *bottom, *m_mask, static_cast<unsigned>(z));
+                *m_images.at(z), *costFunction, *top, *bottom, *m_mask, static_cast<unsigned>(z));
         }
     });
     for (unsigned z = 0; z < m_nrBScans; ++z) {

@@ -205,7 +205,10 @@ QString Display::timeLeft(const Line& line)
     }
     const qint64 whole = line.advancedAt * 100 / line.percentage;
     const qint64 left = qMax<qint64>(0, whole - line.sinceStart.elapsed());
-    return QString("about %1 left").arg(durationText((left + 999) / 1000 * 1000));
+    const qint64 seconds = (left + 999) / 1000;
+    constexpr qint64 shortTime = 10;
+    return QString("about %1 left")
+        .arg(seconds < shortTime ? QString("%1 s").arg(seconds) : durationText(seconds * 1000));
 }
 
 } // namespace kelp::command

@@ -90,13 +90,13 @@ QString readText(const QString& xmlPath)
         throw IOFailure(
             QString("The file %1 cannot be opened: %2.").arg(xmlPath, file.errorString()));
     }
-    const QByteArray bytes = file.read(largestFile + 1);
+    if (file.size() > largestFile) {
+        throw IOFailure(QString("The file %1 is too large for an export.").arg(xmlPath));
+    }
+    const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         throw IOFailure(
             QString("The file %1 cannot be read: %2.").arg(xmlPath, file.errorString()));
-    }
-    if (bytes.size() > largestFile) {
-        throw IOFailure(QString("The file %1 is too large for an export.").arg(xmlPath));
     }
     return QString::fromLatin1(bytes);
 }

@@ -48,6 +48,16 @@ TEST(ExportDocument, ThatCannotBeReadNamesTheFileAndTheReason)
     EXPECT_EQ(failureText<IOFailure>([] { read("/dev/zero"); }), "/dev/zero is not a file.");
 }
 
+TEST(ExportDocument, FarTooLargeForAnExportIsRefusedUnread)
+{
+    const QTemporaryDir dir;
+    const QString path = writeFile(dir, "large.xml", "<a/>");
+    // A hole: the file takes no room on the disk.
+    ASSERT_TRUE(QFile::resize(path, Q_INT64_C(1) << 40));
+    EXPECT_EQ(failureText<IOFailure>([&] { read(path); }),
+              QString("The file %1 is too large for an export.").arg(path));
+}
+
 TEST(ExportDocument, ThatIsNoXmlNamesTheFileAndTheReason)
 {
     const QTemporaryDir dir;

@@ -57,13 +57,13 @@ void SegInterface::stopThread()
     // still to say, must not reach into the next run.
     QCoreApplication::removePostedEvents(m_worker.data(), QEvent::MetaCall);
     QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
+    // Only here, since the flag is what makes a step under way leave.
+    m_watcher->reset();
 }
 
 void SegInterface::resetSegmentation()
 {
     stopThread();
-    // Only here, since the flag is what makes a step under way leave.
-    m_watcher->reset();
     m_thread.start(QThread::InheritPriority);
 }
 

@@ -54,7 +54,8 @@ signals:
     void segmentationProgress(int percentageFinished);
 
 private:
-    /// Unwinds the worker thread, by force if it must, and drops what waits in its queue.
+    /// Unwinds the worker thread, by force if it must, drops what waits in its queue, and
+    /// forgets the run.
     void stopThread();
     /// Counts a step and hands it to the worker.
     template <typename... Arguments>

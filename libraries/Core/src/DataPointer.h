@@ -44,7 +44,9 @@ public:
 
     DataPointer& operator=(const DataPointer& other)
     {
-        set(other.data());
+        if (this != &other) {
+            set(other.data());
+        }
         return *this;
     }
 

@@ -1,10 +1,13 @@
 #include "QpboGraph.h"
 
+#include "ParallelFor.h"
 #include "QpboComponents.h"
 #include "kelpTrace.h"
 
 #include <algorithm>
 #include <limits>
+#include <utility>
+#include <vector>
 
 namespace kelp::oct {
 
@@ -148,6 +151,15 @@ template <typename REAL>
 void QpboGraph<REAL>::AddToUnaryCapacity(NodeId i, REAL value)
 {
     addToUnary(i, value);
+}
+
+template <typename REAL>
+void QpboGraph<REAL>::SetPart(NodeId first, int num, int part)
+{
+    for (NodeId i = first; i < first + num; ++i) {
+        m_nodes[i].part = static_cast<std::uint16_t>(part);
+    }
+    m_partNum = std::max(m_partNum, part + 1);
 }
 
 template <typename REAL>
@@ -358,11 +370,36 @@ bool QpboGraph<REAL>::MaxFlow()
         return false;
     }
     QpboMaxFlow<REAL> flow(m_nodes.data(), m_arcs.data(), m_abortFlag);
-    forEachHalf([&](std::int32_t begin, std::int32_t end) {
-        flow.pushAlongChains(begin, end);
-        flow.plantTrees(begin, end);
-    });
+    forEachHalf([&](std::int32_t begin, std::int32_t end) { flow.pushAlongChains(begin, end); });
+    if (m_stage == 0 && m_partNum > 1 && !solveParts()) {
+        return false;
+    }
+    forEachHalf([&](std::int32_t begin, std::int32_t end) { flow.plantTrees(begin, end); });
     return flow.run();
+}
+
+/// Parts are small enough for the caches, and independent of each other as long as nothing flows
+/// between them. Any flow will do as a start for the whole graph. False on abort.
+template <typename REAL>
+bool QpboGraph<REAL>::solveParts()
+{
+    using Range = std::pair<NodeId, NodeId>;
+    std::vector<std::vector<Range>> parts(static_cast<std::size_t>(m_partNum));
+    for (NodeId begin = 0, end = 0; begin < m_nodeNum; begin = end) {
+        const auto part = m_nodes[begin].part;
+        while (end < m_nodeNum && m_nodes[end].part == part) {
+            ++end;
+        }
+        parts[part].emplace_back(begin, end);
+    }
+    parallelFor(m_partNum, [&](int part) {
+        QpboMaxFlow<REAL> flow(m_nodes.data(), m_arcs.data(), m_abortFlag, true);
+        for (const auto& [begin, end] : parts[static_cast<std::size_t>(part)]) {
+            flow.plantTrees(begin, end);
+        }
+        flow.run();
+    });
+    return !isAborted();
 }
 
 template <typename REAL>
@@ -451,6 +488,7 @@ void QpboGraph<REAL>::Reset()
     m_edgeNum = 0;
     m_runNum = 0;
     m_mirrorEdges.clear();
+    m_partNum = 1;
     m_arcs.discard();
     m_runs.discard();
     m_arcsLaidOut = false;

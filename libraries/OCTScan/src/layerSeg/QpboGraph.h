@@ -16,8 +16,8 @@ namespace kelp::oct {
 /// algorithm of Boykov and Kolmogorov (IEEE TPAMI 26:1124, 2004). Where every term is submodular
 /// the labels are those of the exact minimum cut; of several, the one with the fewest ones.
 ///
-/// One thread per object. REAL is the type of capacities; the energy constant is 64 bits, and a
-/// unary capacity that would leave REAL saturates.
+/// One caller at a time; Solve may use several threads of its own. REAL is the type of capacities;
+/// the energy constant is 64 bits, and a unary capacity that would leave REAL saturates.
 ///
 /// While terms are added an edge is a few bytes of a run: neighbouring columns of nodes are joined
 /// row by row, and such a ladder of edges is one record. Solve lays the arcs out in rows, the arcs
@@ -53,6 +53,11 @@ public:
     void ComputeWeakPersistencies();
     /// 0, 1, or -1 where the optimum leaves it open.
     int GetLabel(NodeId i) const { return m_nodes[i].label; }
+    /// A hint that changes no label: num nodes from first on belong to this part (0 to 65535),
+    /// which hangs together more within itself than with others. Solve works on each part by itself
+    /// first, several at a time, and then on the whole graph with what is left. Every node starts
+    /// in part 0.
+    void SetPart(NodeId first, int num, int part);
     /// Back to an empty graph; the room stays, its memory goes.
     void Reset();
 
@@ -134,6 +139,7 @@ private:
     bool layOutArcs();
     void gatherArcs();
     bool MaxFlow();
+    bool solveParts();
     bool TransformToSecondStage();
     int segmentOf(std::int32_t i) const;
     void assignLabels();
@@ -144,6 +150,7 @@ private:
     std::size_t m_runNum = 0;
     std::vector<MirrorEdge> m_mirrorEdges;
     bool m_arcsLaidOut = false;
+    int m_partNum = 1;
 
     int m_nodeNum = 0;
     int m_nodeMax = 0;

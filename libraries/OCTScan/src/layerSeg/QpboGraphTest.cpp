@@ -67,6 +67,22 @@ TEST_F(QpboGraphTest, SubmodularLabelsAreTheMinimumWithTheFewestOnes)
     }
 }
 
+TEST_F(QpboGraphTest, PartsChangeNoLabel)
+{
+    std::mt19937 random(7);
+    for (int round = 0; round < 1000; ++round) {
+        const RandomEnergy energy = RandomEnergy::submodular(random);
+        QpboGraph<int> graph(1, 1, nullptr);
+        energy.addTo(graph);
+        for (int i = 0; i < graph.GetNodeNum(); ++i) {
+            graph.SetPart(i, 1, static_cast<int>(random() % 4));
+        }
+        graph.Solve();
+        ASSERT_EQ(labelsOf(graph), energy.minimumWithFewestOnes()) << "round " << round;
+        ASSERT_EQ(graph.GetTwiceLowerBound(), 2 * energy.minimum()) << "round " << round;
+    }
+}
+
 TEST_F(QpboGraphTest, LabelsOfAnyEnergyArePersistent)
 {
     std::mt19937 random(2);

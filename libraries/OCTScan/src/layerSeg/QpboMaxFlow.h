@@ -34,6 +34,8 @@ struct QpboNode
     std::int32_t dfs_current;
     std::uint8_t is_sink;
     std::int8_t label;
+    /// Which of the graph's parts the node belongs to.
+    std::uint16_t part;
 };
 
 /// An arc, which lies in one row with the other arcs of its tail.
@@ -62,8 +64,11 @@ public:
     using Node = QpboNode<REAL>;
     using Arc = QpboArc<REAL>;
 
-    QpboMaxFlow(Node* nodes, Arc* arcs, const std::atomic<bool>* abortFlag)
-        : m_nodes(nodes), m_arcs(arcs), m_abortFlag(abortFlag)
+    /// With withinParts set the arcs between nodes of different parts carry no flow. Objects that
+    /// work so on different parts of one graph may run at the same time.
+    QpboMaxFlow(Node* nodes, Arc* arcs, const std::atomic<bool>* abortFlag,
+                bool withinParts = false)
+        : m_nodes(nodes), m_arcs(arcs), m_abortFlag(abortFlag), m_withinParts(withinParts)
     {
     }
 
@@ -119,6 +124,7 @@ private:
     /// Nodes handled between two looks at the abort flag; far below a millisecond.
     static constexpr unsigned abortInterval = 1024;
 
+    bool isApart(const Node& a, const Node& b) const { return m_withinParts && a.part != b.part; }
     std::int32_t arcToPrevious(std::int32_t i) const;
     std::int32_t takeActive();
     std::int32_t growSource(std::int32_t i);
@@ -140,6 +146,7 @@ private:
     Node* const m_nodes;
     Arc* const m_arcs;
     const std::atomic<bool>* const m_abortFlag;
+    const bool m_withinParts;
     std::int32_t m_queueFirst[2] = {-1, -1};
     std::int32_t m_queueLast[2] = {-1, -1};
     std::int32_t m_orphanFirst = -1;
@@ -274,6 +281,9 @@ std::int32_t QpboMaxFlow<REAL>::growSource(std::int32_t i)
         }
         const auto j = static_cast<std::int32_t>(arc.head());
         Node& other = m_nodes[j];
+        if (isApart(node, other)) {
+            continue;
+        }
         if (other.parent == Node::noParent) {
             other.is_sink = 0;
             other.parent = arc.sister;
@@ -304,6 +314,9 @@ std::int32_t QpboMaxFlow<REAL>::growSink(std::int32_t i)
         }
         const auto j = static_cast<std::int32_t>(arc.head());
         Node& other = m_nodes[j];
+        if (isApart(node, other)) {
+            continue;
+        }
         if (other.parent == Node::noParent) {
             other.is_sink = 1;
             other.parent = arc.sister;
@@ -469,7 +482,9 @@ void QpboMaxFlow<REAL>::processOrphan(std::int32_t i)
             continue;
         }
         const auto j = static_cast<std::int32_t>(arc.head());
-        if ((m_nodes[j].is_sink != 0) != isSink || m_nodes[j].parent == Node::noParent) {
+        const Node& other = m_nodes[j];
+        if (isApart(node, other) || (other.is_sink != 0) != isSink ||
+            other.parent == Node::noParent) {
             continue;
         }
         const std::int32_t distance = distanceToOrigin<isSink>(j);
@@ -488,7 +503,8 @@ void QpboMaxFlow<REAL>::processOrphan(std::int32_t i)
         const Arc& arc = m_arcs[a];
         const auto j = static_cast<std::int32_t>(arc.head());
         const Node& other = m_nodes[j];
-        if ((other.is_sink != 0) != isSink || other.parent == Node::noParent) {
+        if (isApart(node, other) || (other.is_sink != 0) != isSink ||
+            other.parent == Node::noParent) {
             continue;
         }
         if (isOpenFromParent(arc)) {

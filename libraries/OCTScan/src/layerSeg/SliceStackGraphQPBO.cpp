@@ -21,6 +21,8 @@ constexpr kelp::Place placeConstructor{"libraries/OCTScan/src/layerSeg/SliceStac
                                        "kelp::oct::SliceStackGraphQPBO::SliceStackGraphQPBO"};
 constexpr unsigned nodesWorthALine = 200;
 constexpr int baseNodeCapacity = -1000;
+/// B-scans are solved by themselves before the volume; this is how many parts the solver can tell.
+constexpr unsigned partsOfGraph = 65536;
 
 std::atomic<SliceStackGraphQPBO::SolveObserver> beforeSolve{nullptr};
 std::atomic<SliceStackGraphQPBO::SolveObserver> afterSolve{nullptr};
@@ -320,6 +322,7 @@ void SliceStackGraphQPBO::addColumn(int layer, unsigned x, unsigned z, const int
             m_solver->AddPairwiseTerm(id, id + 1, 0, 0, hardWeight, 0);
         }
     });
+    m_solver->SetPart(static_cast<int>(ids.first), count, static_cast<int>(z % partsOfGraph));
     m_gridColNodeIds[columnIndex(layer, x, z)] = ids;
 }
 

@@ -44,9 +44,7 @@ public:
 
     DataPointer& operator=(const DataPointer& other)
     {
-        if (this != &other) {
-            set(other.data());
-        }
+        set(other.data());
         return *this;
     }
 

@@ -18,6 +18,7 @@ SegStep::SegStep(SegWatcher& watcher, const char* slot) : m_watcher(watcher), m_
 SegStep::~SegStep()
 {
     endStatistics();
+    m_watcher.leaveStep();
 }
 
 bool SegStep::begin(const char* openingLine, const OCTScanSegPtr& octSeg)

@@ -47,6 +47,8 @@ public:
     void beginStepStatistics(const QString& name);
     void endStepStatistics();
     void addCutStatistics(const CutStatistics& cut);
+    /// The last thing that a step does with this object.
+    void leaveStep();
     QList<StepStatistics> getStatistics() const;
 
 signals:

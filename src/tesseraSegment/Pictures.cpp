@@ -1,16 +1,13 @@
 #include "Pictures.h"
 
+#include "ParallelFor.h"
 #include "kelpException.h"
 
 #include <QDir>
 #include <QImageWriter>
 
 #include <algorithm>
-#include <atomic>
-#include <exception>
 #include <mutex>
-#include <thread>
-#include <vector>
 
 namespace kelp::command {
 
@@ -27,38 +24,6 @@ void writePicture(const QImage& picture, const QString& path)
         throw IOFailure(QString("%1: %2.").arg(path, picture.isNull()
                                                          ? "the picture is too large for the memory"
                                                          : writer.errorString()));
-    }
-}
-
-/// Runs task(i) for i from 0 to count - 1 on all cores; the first failure ends it and is thrown.
-void runOnAllCores(int count, const std::function<void(int)>& task)
-{
-    std::atomic<int> next{0};
-    std::mutex mutex;
-    std::exception_ptr failure;
-    const auto work = [&] {
-        for (int i = next++; i < count; i = next++) {
-            try {
-                task(i);
-            } catch (...) {
-                const std::lock_guard lock(mutex);
-                failure = failure ? failure : std::current_exception();
-                next = count;
-            }
-        }
-    };
-    const int nrThreads =
-        std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, std::max(1, count));
-    std::vector<std::thread> threads;
-    for (int i = 1; i < nrThreads; ++i) {
-        threads.emplace_back(work);
-    }
-    work();
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    if (failure) {
-        std::rethrow_exception(failure);
     }
 }
 
@@ -92,7 +57,7 @@ void writePictures(const OCTScanSegPtr& segmentation, const QString& folder,
 
     std::mutex mutex;
     int written = 0;
-    runOnAllCores(nrBScans, [&](int i) {
+    kelp::oct::parallelFor(nrBScans, [&](int i) {
         writePicture(renderBScan(segmentation, i, layers),
                      QString("%1/bscan_%2.png").arg(pictures).arg(i, 3, 10, QChar('0')));
         const std::lock_guard lock(mutex);

@@ -295,6 +295,9 @@ bool QpboGraph<REAL>::layOutArcs()
         }
     });
     for (std::size_t r = 0; r < m_runNum; ++r) {
+        if (r % abortInterval == 0 && isAborted()) {
+            return false;
+        }
         const Run& run = m_runs[r];
         const std::int32_t length = run.count > 0 ? run.count : -run.count;
         const std::int32_t offset = run.count > 0 ? 0 : run.count + 1;
@@ -371,7 +374,7 @@ bool QpboGraph<REAL>::MaxFlow()
     }
     QpboMaxFlow<REAL> flow(m_nodes.data(), m_arcs.data(), m_abortFlag);
     forEachHalf([&](std::int32_t begin, std::int32_t end) { flow.pushAlongChains(begin, end); });
-    if (m_stage == 0 && m_partNum > 1 && !solveParts()) {
+    if (isAborted() || (m_stage == 0 && m_partNum > 1 && !solveParts())) {
         return false;
     }
     forEachHalf([&](std::int32_t begin, std::int32_t end) { flow.plantTrees(begin, end); });

@@ -44,6 +44,17 @@ endfunction()
 # ctest. The program runs in a folder of its own and finds a settings and a store folder of its own
 # there, so that tests can run side by side.
 function(tessera_test name)
+    tessera_test_entry(${name} "" "offscreen" GTest::gtest_main ${ARGN})
+endfunction()
+
+# tessera_gui_test(...): the same for tests of widgets. They run on a virtual X server of their own,
+# and their main function makes the QApplication.
+function(tessera_gui_test name)
+    tessera_test_entry(${name} "${CMAKE_SOURCE_DIR}/scripts/with-display.sh" "xcb" GuiTestSupport
+        ${ARGN})
+endfunction()
+
+function(tessera_test_entry name launcher platform main_library)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 600)
@@ -51,11 +62,13 @@ function(tessera_test name)
     add_executable(${name} ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES
         AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
-    target_link_libraries(${name} PRIVATE TesseraOptions ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE
+        TesseraOptions ${ARG_LIBRARIES} ${main_library} GTest::gmock GTest::gtest)
     set(folder "${CMAKE_BINARY_DIR}/tests/${name}.run")
     file(MAKE_DIRECTORY "${folder}")
-    add_test(NAME "${TESSERA_TEST_PREFIX}${name}" COMMAND ${name} WORKING_DIRECTORY "${folder}")
+    add_test(NAME "${TESSERA_TEST_PREFIX}${name}" COMMAND ${launcher} "$<TARGET_FILE:${name}>"
+        WORKING_DIRECTORY "${folder}")
     set_tests_properties("${TESSERA_TEST_PREFIX}${name}" PROPERTIES
         TIMEOUT ${ARG_TIMEOUT}
-        ENVIRONMENT "HOME=${folder};XDG_CONFIG_HOME=${folder}/config;XDG_DATA_HOME=${folder}/data;TESSERA_STORE=${folder}/store;QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/thread-sanitizer.supp halt_on_error=1 second_deadlock_stack=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leak-sanitizer.supp;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
+        ENVIRONMENT "HOME=${folder};XDG_CONFIG_HOME=${folder}/config;XDG_DATA_HOME=${folder}/data;TESSERA_STORE=${folder}/store;QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/thread-sanitizer.supp halt_on_error=1 second_deadlock_stack=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leak-sanitizer.supp;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
 endfunction()

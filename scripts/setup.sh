@@ -10,8 +10,8 @@ packages=(
     qtbase5-dev qtbase5-dev-tools qt5-image-formats-plugins libnlopt-dev libnlopt-cxx-dev
     # fonts for the labels in pictures
     fontconfig fonts-dejavu-core
-    # tests: test library, independent maximum flow, formatting and static checks
-    libgtest-dev libgmock-dev libboost-graph-dev clang-format clang-tidy
+    # tests: virtual X server, test library, independent maximum flow, formatting and static checks
+    xvfb libgtest-dev libgmock-dev libboost-graph-dev clang-format clang-tidy
 )
 
 missing=()

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "DataIOManager.h"
+
+#include <QIcon>
+#include <QObject>
+#include <QString>
+
+class AppBaseImpl;
+class QtAppModule;
+class QtModuleSelector;
+class QWidget;
+
+/// The application object: the main form with its modules, the current patient and study, and the
+/// saving of what the user made. Built before any module, deleted last; one a process.
+///
+/// The static operations work without an instance too (there is then nothing to save to), so that a
+/// widget can be shown by itself.
+class AppBase : public QObject, public CaSubject
+{
+    Q_OBJECT
+
+public:
+    /// Makes the QApplication unless there is one. The implementation pointer and the flags are
+    /// part of the frame's interface; null and false here.
+    AppBase(int& argumentCount, char** arguments, AppBaseImpl* implementation, bool, bool);
+    ~AppBase() override;
+    static AppBase* getInstance();
+
+    void setApplicationIdentification(const QString& title, const QIcon& icon, const QString& name);
+    /// Takes ownership; modules added so far are handed to it.
+    void setModuleSelector(QtModuleSelector* selector);
+    /// Takes ownership. False for null or a name that is taken.
+    bool addModule(QtAppModule* module);
+    /// Opens the store, shows the main form, enters the first module, and holds the event loop.
+    /// Returns the exit code.
+    int run();
+
+    static CaError getPatientList(QList<Patient*>& patients);
+    static DataPointer<Patient> getCurrentPatient();
+    static DataPointer<Study> getCurrentStudy();
+    /// For the patient manager only: what is selected there. Saves what is unsaved first, then
+    /// tells the listeners of currentSelection.
+    static void setCurrent(const DataPointer<Patient>& patient, const DataPointer<Study>& study);
+    /// Notified with the name "currentStudy" after each setCurrent.
+    static CaSubject& currentSelection();
+
+    /// The patient's tree differs from what is stored: the title shows it, and it is saved as soon
+    /// as the event loop is free. To be called after every change that the user made.
+    static void markChanged(const DataPointer<Patient>& patient);
+    /// markChanged of the current patient.
+    static void markCurrentChanged();
+    /// Stores at once all that is marked. A failure is shown with its reason, the data stay in
+    /// memory and marked, and the result is false.
+    static bool saveChanges();
+    static bool hasUnsavedChanges();
+
+    /// The current scan in the words of the status bar; empty for none.
+    static void setScanDescription(const QString& description);
+    /// A passing message in the status bar.
+    static void showStatusMessage(const QString& message);
+    /// The parent of boxes that belong to no module; null before the form is made.
+    static QWidget* getMainForm();
+};

@@ -1,0 +1,164 @@
+#include "DialogDriver.h"
+
+#include "kelpCheck.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr int lookIntervalMs = 10;
+
+QString withoutMnemonic(QString text)
+{
+    return text.remove(QLatin1Char('&'));
+}
+
+std::string plain(const QString& text)
+{
+    return text.toStdString();
+}
+
+QMessageBox* asMessageBox(QDialog& dialog, const QString& title)
+{
+    auto* const box = qobject_cast<QMessageBox*>(&dialog);
+    if (!box) {
+        ADD_FAILURE() << "expected the message box \"" << plain(title)
+                      << "\", but got the dialog \"" << plain(dialog.windowTitle()) << "\"";
+        dialog.reject();
+        return nullptr;
+    }
+    EXPECT_EQ(plain(box->windowTitle()), plain(title)) << plain(box->text());
+    return box;
+}
+
+} // namespace
+
+DialogDriver::DialogDriver()
+{
+    KELP_CONNECT("libraries/GuiTest/src/DialogDriver",
+                 connect(&m_timer, SIGNAL(timeout()), this, SLOT(look())));
+    m_timer.start(lookIntervalMs);
+}
+
+DialogDriver::~DialogDriver()
+{
+    EXPECT_EQ(pending(), 0) << "expected dialogs that never came up";
+}
+
+void DialogDriver::expect(const Answer& answer)
+{
+    m_answers.append(answer);
+}
+
+void DialogDriver::expectMessage(const QString& title, const QString& text, const QString& button)
+{
+    expect([title, text, button](QDialog& dialog) {
+        if (auto* const box = asMessageBox(dialog, title)) {
+            EXPECT_EQ(plain(box->text()), plain(text));
+            click(*box, button);
+        }
+    });
+}
+
+void DialogDriver::expectMessageContaining(const QString& title, const QString& part,
+                                           const QString& button)
+{
+    expect([title, part, button](QDialog& dialog) {
+        if (auto* const box = asMessageBox(dialog, title)) {
+            EXPECT_TRUE(box->text().contains(part))
+                << plain(part) << " is not in: " << plain(box->text());
+            click(*box, button);
+        }
+    });
+}
+
+void DialogDriver::expectFileDialog(const QString& path)
+{
+    expect([path](QDialog& dialog) {
+        auto* const files = qobject_cast<QFileDialog*>(&dialog);
+        if (!files || path.isEmpty()) {
+            EXPECT_TRUE(files) << "expected a file dialog, but got \""
+                               << plain(dialog.windowTitle()) << "\"";
+            dialog.reject();
+            return;
+        }
+        auto* const edit = files->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        ASSERT_TRUE(edit);
+        edit->setText(path);
+        QTest::keyClick(edit, Qt::Key_Return);
+        if (files->isVisible()) {
+            // The completer's list took the key.
+            QTest::keyClick(edit, Qt::Key_Return);
+        }
+        if (files->isVisible()) {
+            ADD_FAILURE() << "the file dialog refuses " << plain(path);
+            files->reject();
+        }
+    });
+}
+
+QAbstractButton* DialogDriver::findButton(QWidget& parent, const QString& text)
+{
+    for (auto* const button : parent.findChildren<QAbstractButton*>()) {
+        if (withoutMnemonic(button->text()) == text) {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
+void DialogDriver::click(QWidget& parent, const QString& buttonText)
+{
+    auto* const button = findButton(parent, buttonText);
+    if (!button || !button->isVisible() || !button->isEnabled()) {
+        ADD_FAILURE() << "no button \"" << plain(buttonText) << "\" to click in \""
+                      << plain(parent.windowTitle()) << "\"";
+        if (auto* const dialog = qobject_cast<QDialog*>(&parent)) {
+            dialog->reject();
+        }
+        return;
+    }
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+void DialogDriver::look()
+{
+    auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    // Forget dialogs that are gone: their address may be used again.
+    for (auto answered = m_answered.begin(); answered != m_answered.end();) {
+        const bool alive =
+            QApplication::topLevelWidgets().contains(*answered) && (*answered)->isVisible();
+        answered = alive ? std::next(answered) : m_answered.erase(answered);
+    }
+    if (!dialog || !dialog->isVisible() || m_answered.contains(dialog)) {
+        return;
+    }
+    m_answered.insert(dialog);
+    if (const auto* const box = qobject_cast<QMessageBox*>(dialog)) {
+        m_messages.append(box->windowTitle() + QStringLiteral(": ") + box->text());
+    }
+    if (m_answers.isEmpty()) {
+        answerUnexpected(*dialog);
+        return;
+    }
+    // The answer may open further dialogs, which want further answers meanwhile.
+    const Answer answer = m_answers.takeFirst();
+    answer(*dialog);
+}
+
+void DialogDriver::answerUnexpected(QDialog& dialog)
+{
+    const auto* const box = qobject_cast<QMessageBox*>(&dialog);
+    ADD_FAILURE() << "unexpected dialog \"" << plain(dialog.windowTitle())
+                  << "\": " << (box ? plain(box->text()) : std::string());
+    dialog.reject();
+}
+
+#include "moc_DialogDriver.cpp"

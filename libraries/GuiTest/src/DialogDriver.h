@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QDialog>
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+
+class QAbstractButton;
+
+/// Answers modal dialogs as a user would, while the code under test waits in them: each expectation
+/// is for the next modal dialog that comes up, in order. One that comes up unexpectedly is
+/// cancelled and fails the test, and so does an expectation that was never met when the driver
+/// goes.
+class DialogDriver : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Does to the dialog what a user would, with mouse and key events; should end by closing it.
+    using Answer = std::function<void(QDialog&)>;
+
+    DialogDriver();
+    ~DialogDriver() override;
+
+    void expect(const Answer& answer);
+    /// A message box with exactly these texts, answered with the button of this text ("OK", "Yes";
+    /// without the mnemonic's "&").
+    void expectMessage(const QString& title, const QString& text,
+                       const QString& button = QStringLiteral("OK"));
+    /// A message box with this title and a text that contains this part.
+    void expectMessageContaining(const QString& title, const QString& part,
+                                 const QString& button = QStringLiteral("OK"));
+    /// A file dialog: types the path and accepts; an empty path cancels.
+    void expectFileDialog(const QString& path);
+
+    /// Expectations not met yet.
+    int pending() const { return m_answers.size(); }
+    /// "title: text" of all message boxes seen.
+    const QStringList& messages() const { return m_messages; }
+
+    /// The button of this text below the widget, without the mnemonic's "&"; null if there is none.
+    static QAbstractButton* findButton(QWidget& parent, const QString& text);
+    /// Clicks it with the mouse; fails the test when it is missing, hidden or disabled.
+    static void click(QWidget& parent, const QString& buttonText);
+
+private slots:
+    void look();
+
+private:
+    void answerUnexpected(QDialog& dialog);
+
+    QTimer m_timer;
+    QList<Answer> m_answers;
+    QSet<QDialog*> m_answered;
+    QStringList m_messages;
+};

@@ -1,0 +1,1 @@
+#include "PatientExchange.h"

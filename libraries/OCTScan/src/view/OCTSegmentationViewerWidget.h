@@ -1,0 +1,43 @@
+#pragma once
+
+#include "OCTScanSegmentation.h"
+
+#include <QWidget>
+
+namespace kelp::oct {
+
+class GISliceSegmentationViewer;
+class LayerSelectionWidget;
+
+/// The B-scan viewer with the boxes that show and hide its layers.
+class OCTSegmentationViewerWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit OCTSegmentationViewerWidget(QWidget* parent = nullptr);
+
+    /// Makes the viewer; to be called once after construction. Throws kelp::WatchdogException.
+    virtual void initViewer();
+
+    /// Throw kelp::Assertion for null.
+    void setOCTScan(OCTScanPtr octScan);
+    void setSegmentation(OCTScanSegPtr segmentation);
+    void clearOCT();
+
+    /// Null before initViewer.
+    GISliceSegmentationViewer* getViewer() const { return m_viewer; }
+    LayerSelectionWidget* getLayerSelection() const { return m_layerSelection; }
+
+signals:
+    // In and out, signal to signal.
+    void setActiveSlice(int index);
+    void setYHintLine(int aScanIndex);
+    void activeSliceChanged(int index);
+
+protected:
+    GISliceSegmentationViewer* m_viewer = nullptr;
+    LayerSelectionWidget* m_layerSelection = nullptr;
+};
+
+} // namespace kelp::oct

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "OCTScanSegmentation.h"
+#include "Study.h"
+
+namespace kelp::oct {
+
+/// The selection that follows the user from tab to tab. Shared by the modules that work on one
+/// scan.
+class ActiveDataItems
+{
+public:
+    void set(const OCTScanPtr& scan, const OCTScanSegPtr& segmentation,
+             const DataPointer<Study>& study)
+    {
+        m_scan = scan;
+        m_segmentation = segmentation;
+        m_study = study;
+    }
+    OCTScanPtr getScan() const { return m_scan; }
+    OCTScanSegPtr getSegmentation() const { return m_segmentation; }
+    void clear() { set(nullptr, nullptr, nullptr); }
+
+private:
+    OCTScanPtr m_scan;
+    OCTScanSegPtr m_segmentation;
+    DataPointer<Study> m_study;
+};
+
+} // namespace kelp::oct

@@ -16,4 +16,6 @@ if ! read -r -t 60 number <"$folder/display"; then
     cat "$folder/log" >&2
     exit 1
 fi
-DISPLAY=":$number" "$@"
+# No desktop around it: its own runtime folder, and no session bus to wait for.
+mkdir -m 700 "$folder/runtime"
+DISPLAY=":$number" XDG_RUNTIME_DIR="$folder/runtime" DBUS_SESSION_BUS_ADDRESS=disabled: "$@"

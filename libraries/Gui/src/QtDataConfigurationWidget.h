@@ -10,7 +10,7 @@ class QtDataConfigurationWidget : public QWidget
     Q_OBJECT
 
 public:
-    QtDataConfigurationWidget(Data* data, const QString& name, QWidget* parent,
+    QtDataConfigurationWidget(Data* item, const QString& name, QWidget* parent,
                               Qt::WindowFlags flags);
 
     /// Takes what the widget shows over into the item; false leaves the dialog open.

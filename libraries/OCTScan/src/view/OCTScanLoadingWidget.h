@@ -10,7 +10,7 @@ class OCTScanLoadingWidget : public QtDataLoadingWidget
     Q_OBJECT
 
 public:
-    OCTScanLoadingWidget(Data* data, const QString& name, QWidget* parent, Qt::WindowFlags flags);
+    OCTScanLoadingWidget(Data* item, const QString& name, QWidget* parent, Qt::WindowFlags flags);
 
     bool apply() override;
 
@@ -22,7 +22,7 @@ class OCTScanLoadingWidgetDataFactoryRegistration : public DataFactory::Registra
 {
 public:
     QString name() const override;
-    QtDataConfigurationWidget* configurationWidget(Data* data, const QString& name,
+    QtDataConfigurationWidget* configurationWidget(Data* item, const QString& name,
                                                    QWidget* parent) const override;
 };
 

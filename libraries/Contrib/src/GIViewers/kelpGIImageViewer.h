@@ -35,6 +35,7 @@ public:
     virtual std::pair<double, double> getImageScale() const;
     /// In scene coordinates.
     virtual QRectF getImageRect() const;
+    /// Image, objects and whatever else was put into the scene.
     virtual void clear();
     /// Adding twice adds once.
     virtual void addGIObject(GIObjectPtr object);
@@ -64,6 +65,12 @@ protected:
     /// From then on nobody but the viewer may delete the item.
     void guard(QGraphicsItem* item);
     void unguard(QGraphicsItem* item);
+    /// Into the scene, guarded.
+    void putItem(QGraphicsItem* item);
+    /// Out of the scene and free of the guard; nobody's until its owner deletes it.
+    void takeItem(QGraphicsItem* item);
+
+    using MouseHandler = void (GIObject::*)(const QPointF&);
     bool isMousePressed() const { return m_mousePressed; }
 
 private slots:
@@ -71,6 +78,8 @@ private slots:
     void assertNoDeletion();
 
 private:
+    void tellActiveObjects(MouseHandler handler, const QMouseEvent* event);
+
     ConstImagePtr m_image;
     QGraphicsPixmapItem* m_pixmapItem = nullptr;
     double m_spacingX = 1.0;

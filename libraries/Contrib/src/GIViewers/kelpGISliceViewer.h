@@ -23,9 +23,14 @@ public:
     /// setActiveSlice.
     virtual void setSlices(QList<ImagePtr> slices);
     virtual void setVolume(ImagePtr volume);
+    /// A slice that does not exist takes none.
     virtual void addGIObject(GIObjectPtr object, int sliceIndex);
     virtual void removeGIObject(GIObjectPtr object, int sliceIndex);
     virtual void clearSliceObjects();
+    void clear() override;
+    /// Whether a hint line that is shown stays so on the next slice.
+    void setKeepXHintLine(bool keep) { m_keepXHintLine = keep; }
+    void setKeepYHintLine(bool keep) { m_keepYHintLine = keep; }
 
     int getActiveSlice() const { return m_currentImgIndex; }
     int getSliceCount() const { return m_slices.size(); }
@@ -58,6 +63,10 @@ protected:
     QVector<QList<GIObjectPtr>> m_sliceObjects;
 
 private:
+    void tellSliceObjects(MouseHandler handler, const QMouseEvent* event);
+    void putHintLines();
+    void takeHintLines();
+
     GIVector2DListPtr m_xHintLine;
     GIVector2DListPtr m_yHintLine;
     bool m_keepXHintLine = false;

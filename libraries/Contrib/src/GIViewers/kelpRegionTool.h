@@ -1,29 +1,12 @@
 #pragma once
 
+#include "kelpRegionPolygon.h"
+
 #include <QGraphicsObject>
 #include <QGraphicsPolygonItem>
 #include <QPolygonF>
 
 namespace kelp {
-
-/// The polygon under construction, apart from any scene: points are added by clicks and by drawing,
-/// the last one follows the mouse.
-class RegionPolygon
-{
-public:
-    void press(const QPointF& point);
-    void move(const QPointF& point, bool leftButtonDown);
-    /// Closes the polygon; what is held afterwards is the result.
-    void finish();
-    void reset();
-
-    bool isDrawing() const { return m_drawing; }
-    const QPolygonF& getPolygon() const { return m_polygon; }
-
-private:
-    bool m_drawing = false;
-    QPolygonF m_polygon;
-};
 
 /// Collects a polygon with the mouse: left clicks and left drags add points, a right click ends it.
 class RegionTool : public QGraphicsObject

@@ -19,6 +19,7 @@ public:
     }
     OCTScanPtr getScan() const { return m_scan; }
     OCTScanSegPtr getSegmentation() const { return m_segmentation; }
+    DataPointer<Study> getStudy() const { return m_study; }
     void clear() { set(nullptr, nullptr, nullptr); }
 
 private:

@@ -3,6 +3,12 @@
 #include "ActiveDataItems.h"
 #include "QtAppModule.h"
 
+#include <QPointer>
+
+namespace kelp {
+class HintOverlay;
+}
+
 namespace kelp::oct {
 
 class OCTScanControlWidget;
@@ -15,7 +21,9 @@ class OCTModule : public QtAppModule
     Q_OBJECT
 
 public:
+    /// Throws kelp::WatchdogException without a control panel to connect to.
     OCTModule(const QString& name, ActiveDataItems* activeDataItems);
+    /// Deletes the control panel unless the main widget of the subclass has done so.
     ~OCTModule() override;
 
     void activate() override;
@@ -27,20 +35,46 @@ public:
     virtual void clearOCT() = 0;
 
 public slots:
+    /// The user chose a scan: no segmentation is current until one is chosen.
     void setOCTScanPrivate(OCTScanPtr scan);
     void deselectOCT();
     void setOCTScanSegmentationPrivate(OCTScanSegPtr segmentation);
     void createNewSegmentation();
     void deleteSegment(OCTScanSegPtr segmentation);
 
+protected slots:
+    /// The user changed the current segmentation: saves it as soon as the event loop is free.
+    void segmentationChanged();
+    /// The same for its mask, which cuts what the views show.
+    void maskChanged();
+    /// The view shows another B-scan: the control panel follows. Nothing for an invalid index.
+    void followActiveSlice(int index);
+
 protected:
+    /// The view over which a hint stands while there is nothing to show. To be called once.
+    void setHintTarget(QWidget* view);
+    /// What the user should do next; empty while everything needed is chosen.
+    virtual QString hint() const;
+
     DataPointer<OCTScan> m_octScan;
     DataPointer<OCTScanSegmentation> m_octScanSegmentation;
-    OCTScanControlWidget* m_controlWidget = nullptr;
+    QPointer<OCTScanControlWidget> m_controlWidget;
 
 private:
+    /// Runs it, and shows its failure in a box with these texts; see kelp::guarded.
+    template <typename Step>
+    bool step(const char* firstLine, const char* title, Step&& action);
+    void clearViews(const char* firstLine, const char* title);
+    void restoreSelection();
+    void showScan(const OCTScanPtr& scan);
+    void showSegmentation(const OCTScanSegPtr& segmentation);
+    void addToCurrentStudy(const OCTScanSegPtr& segmentation);
+    /// Hint and status bar, at the end of whatever changed the selection.
+    void tellSelection();
+
     ActiveDataItems* m_activeDataItems = nullptr;
     DataPointer<Study> m_currentStudy;
+    QPointer<HintOverlay> m_hint;
 };
 
 } // namespace kelp::oct

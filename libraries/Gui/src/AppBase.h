@@ -6,10 +6,20 @@
 #include <QObject>
 #include <QString>
 
+#include <memory>
+
 class AppBaseImpl;
+class QApplication;
 class QtAppModule;
 class QtModuleSelector;
 class QWidget;
+
+namespace kelp {
+class MainForm;
+class ModuleSwitcher;
+class PatientSaver;
+class ProgressDisplay;
+} // namespace kelp
 
 /// The application object: the main form with its modules, the current patient and study, and the
 /// saving of what the user made. Built before any module, deleted last; one a process.
@@ -27,13 +37,16 @@ public:
     ~AppBase() override;
     static AppBase* getInstance();
 
+    /// What stands in the title bar, in boxes and in the task bar; name is the program's own.
     void setApplicationIdentification(const QString& title, const QIcon& icon, const QString& name);
     /// Takes ownership; modules added so far are handed to it.
     void setModuleSelector(QtModuleSelector* selector);
-    /// Takes ownership. False for null or a name that is taken.
+    /// Takes ownership. False for null or a name that is taken; a module refused is deleted.
     bool addModule(QtAppModule* module);
-    /// Opens the store, shows the main form, enters the first module, and holds the event loop.
-    /// Returns the exit code.
+    /// The module of this name is the one that F1 opens.
+    void setHelpModule(const QString& name);
+    /// Opens the store, shows the main form, enters the module that was open last or else the
+    /// first, and holds the event loop. Returns the exit code.
     int run();
 
     static CaError getPatientList(QList<Patient*>& patients);
@@ -50,6 +63,9 @@ public:
     static void markChanged(const DataPointer<Patient>& patient);
     /// markChanged of the current patient.
     static void markCurrentChanged();
+    /// The patient was deleted from the store: changes of it are not to be saved any more, which
+    /// would bring it back.
+    static void forgetChanges(const DataPointer<Patient>& patient);
     /// Stores at once all that is marked. A failure is shown with its reason, the data stay in
     /// memory and marked, and the result is false.
     static bool saveChanges();
@@ -61,4 +77,22 @@ public:
     static void showStatusMessage(const QString& message);
     /// The parent of boxes that belong to no module; null before the form is made.
     static QWidget* getMainForm();
+
+private slots:
+    void saveBetweenModules();
+    void saveAtRequest();
+    void showSaveState();
+    void tellSaveFailure(const QString& reason);
+    void rememberModule(int index);
+
+private:
+    bool prepareToClose();
+    bool saveAtEnd();
+    void enterFirstModule();
+
+    std::unique_ptr<QApplication> m_application;
+    std::unique_ptr<kelp::PatientSaver> m_saver;
+    std::unique_ptr<kelp::MainForm> m_form;
+    std::unique_ptr<kelp::ModuleSwitcher> m_modules;
+    std::unique_ptr<kelp::ProgressDisplay> m_progress;
 };

@@ -2,6 +2,8 @@
 
 #include "QtModuleSelector.h"
 
+#include <QPointer>
+
 class QTabWidget;
 
 /// The tabs.
@@ -14,6 +16,7 @@ public:
     /// be closed; disabled modules stay visible; the tab bar scrolls when it is too narrow.
     QtModuleTabSelector(int position, bool selectable, bool closable, bool showDisabled,
                         bool scrolls);
+    ~QtModuleTabSelector() override;
 
     QWidget* getWidget() override;
     void setModule(int index, QtAppModule* module) override;
@@ -24,4 +27,12 @@ public slots:
     void moduleDeactivated(const QString& name, int index) override;
     void moduleEnabled(const QString& name, int index) override;
     void moduleDisabled(const QString& name, int index) override;
+
+private slots:
+    void tabChosen(int index);
+    void closeTab(int index);
+
+private:
+    QPointer<QTabWidget> m_tabs;
+    bool m_showDisabled;
 };

@@ -1,0 +1,48 @@
+#include "HintOverlay.h"
+
+#include <QEvent>
+
+namespace kelp {
+
+namespace {
+
+constexpr int hintMargin = 24;
+
+} // namespace
+
+HintOverlay::HintOverlay(QWidget* target) : QLabel(target)
+{
+    setObjectName(QStringLiteral("hintOverlay"));
+    setAlignment(Qt::AlignCenter);
+    setWordWrap(true);
+    setMargin(hintMargin);
+    setTextFormat(Qt::PlainText);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setFocusPolicy(Qt::NoFocus);
+    setForegroundRole(QPalette::PlaceholderText);
+    target->installEventFilter(this);
+    setGeometry(target->rect());
+    hide();
+}
+
+void HintOverlay::setHint(const QString& hint)
+{
+    setText(hint);
+    setVisible(!hint.isEmpty());
+    raise();
+}
+
+bool HintOverlay::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == parent() && event->type() == QEvent::Resize) {
+        setGeometry(parentWidget()->rect());
+    } else if (watched == parent() && event->type() == QEvent::ChildAdded) {
+        // A child that came later must not cover the hint.
+        raise();
+    }
+    return QLabel::eventFilter(watched, event);
+}
+
+} // namespace kelp
+
+#include "moc_HintOverlay.cpp"

@@ -1,0 +1,3 @@
+#include "QtModuleSelector.h"
+
+#include "moc_QtModuleSelector.cpp"

@@ -6,6 +6,7 @@
 namespace {
 
 const QString nameAttribute = QStringLiteral("Name");
+const QString lastNameAttribute = QStringLiteral("LastName");
 const QString birthDateAttribute = QStringLiteral("BirthDate");
 const QString keyTextAttribute = QStringLiteral("KeyText");
 const QString sexAttribute = QStringLiteral("Sex");
@@ -59,6 +60,27 @@ CaError Patient::removeStudy(const QString& id)
     }
     return CaError("UnknownId", QString("Patient \"%1\" has no study \"%2\".").arg(m_name, id),
                    QString());
+}
+
+CaError Patient::renameStudy(const QString& id, const QString& newId, bool notifyObservers)
+{
+    Study* const study = getStudy(id);
+    if (!study || newId.isEmpty()) {
+        return CaError(
+            "InvalidItem",
+            QString("Patient \"%1\" cannot call its study \"%2\" \"%3\".").arg(m_name, id, newId),
+            QString());
+    }
+    if (id != newId && hasChild(newId)) {
+        return CaError("IdTaken",
+                       QString("Patient \"%1\" already has a study \"%2\".").arg(m_name, newId),
+                       QString());
+    }
+    study->setId(newId);
+    if (notifyObservers) {
+        notify(study, "renameStudy");
+    }
+    return CaError::nullError;
 }
 
 Study* Patient::getStudy(const QString& id) const
@@ -116,6 +138,7 @@ CaError Patient::doSave(DataTreeNode* node, DataSaveContext& context)
         return error;
     }
     node->setAttribute(nameAttribute, m_name);
+    node->setAttribute(lastNameAttribute, m_lastName);
     node->setAttribute(birthDateAttribute, m_birthDate.toString(Qt::ISODate));
     node->setAttribute(keyTextAttribute, m_keyText);
     node->setAttribute(sexAttribute, m_sex);
@@ -154,6 +177,8 @@ bool Patient::loadAttribute(const QString& name, const QString& value)
 {
     if (name == nameAttribute) {
         m_name = value;
+    } else if (name == lastNameAttribute) {
+        m_lastName = value;
     } else if (name == birthDateAttribute) {
         m_birthDate = QDate::fromString(value, Qt::ISODate);
     } else if (name == keyTextAttribute) {

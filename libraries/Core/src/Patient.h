@@ -32,6 +32,10 @@ public:
     /// The name followed by the birth date in text-date form.
     const QString& getKeyText() const { return m_keyText; }
     void setKeyText(const QString& text) { m_keyText = text; }
+    /// The last name's part of the name, which blanks inside a last name would leave open. Empty if
+    /// it was never told.
+    const QString& getLastName() const { return m_lastName; }
+    void setLastName(const QString& lastName) { m_lastName = lastName; }
     const QString& getSex() const { return m_sex; }
     void setSex(const QString& sex) { m_sex = sex; }
     const QString& getRemark() const { return m_remark; }
@@ -40,6 +44,8 @@ public:
     /// An id that is taken gives an error and changes nothing.
     CaError addStudy(Study* study, bool notify);
     CaError removeStudy(const QString& id);
+    /// An id that is empty or taken gives an error and changes nothing.
+    CaError renameStudy(const QString& id, const QString& newId, bool notify);
     /// Null when there is none of this id.
     Study* getStudy(const QString& id) const;
     void getAllStudies(QList<Data*>& studies) const;
@@ -63,6 +69,7 @@ public:
 
 private:
     QString m_name;
+    QString m_lastName;
     QDate m_birthDate;
     QString m_keyText;
     QString m_sex;

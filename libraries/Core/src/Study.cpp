@@ -136,6 +136,36 @@ CaError Study::removeProcessData(const QString& id)
     return removeId(m_processData, id) ? CaError::nullError : unknownId(id);
 }
 
+CaError Study::renameItem(const QString& id, const QString& newId, bool notifyObservers)
+{
+    const CaError loaded = ensureLoaded();
+    if (loaded != CaError::nullError) {
+        return loaded;
+    }
+    QList<Data*> items;
+    QList<Data*> results;
+    collect(m_data, items);
+    collect(m_processData, results);
+    items += results;
+    const auto item = std::find_if(items.begin(), items.end(),
+                                   [&id](const Data* data) { return data->getId() == id; });
+    if (item == items.end()) {
+        return unknownId(id);
+    }
+    if (id == newId) {
+        return CaError::nullError;
+    }
+    const CaError error = checkNewItem(*item, newId);
+    if (error != CaError::nullError) {
+        return error;
+    }
+    (*item)->setId(newId);
+    if (notifyObservers) {
+        notify(*item, "renameItem");
+    }
+    return CaError::nullError;
+}
+
 CaError Study::unknownId(const QString& id) const
 {
     return CaError("UnknownId", QString("Study \"%1\" has no item \"%2\".").arg(getId(), id),
@@ -183,6 +213,31 @@ QList<CaError> Study::getItemErrors() const
         errors.append(item.error);
     }
     return errors + m_referenceErrors;
+}
+
+QList<Study::ItemProblem> Study::getUnreadableItems() const
+{
+    ensureLoaded();
+    QList<ItemProblem> problems;
+    for (const UnreadableItem& item : m_unreadable) {
+        problems.append({item.node->getAttribute("Id"), item.node->getType(), item.error});
+    }
+    return problems;
+}
+
+CaError Study::removeUnreadableItem(const QString& id)
+{
+    const CaError loaded = ensureLoaded();
+    if (loaded != CaError::nullError) {
+        return loaded;
+    }
+    for (int i = 0; i < m_unreadable.size(); ++i) {
+        if (m_unreadable[i].node->getAttribute("Id") == id) {
+            m_unreadable.removeAt(i);
+            return CaError::nullError;
+        }
+    }
+    return unknownId(id);
 }
 
 CaError Study::doSave(DataTreeNode* node, DataSaveContext& context)

@@ -28,6 +28,9 @@ public:
     CaError addProcessData(ProcessData* data, const QString& id, bool notify);
     CaError removeData(const QString& id);
     CaError removeProcessData(const QString& id);
+    /// Gives a data item or process data another id. One that is empty or taken gives an error and
+    /// changes nothing.
+    CaError renameItem(const QString& id, const QString& newId, bool notify);
     void getAllData(QList<Data*>& data);
     void getAllProcessData(QList<Data*>& data);
 
@@ -42,6 +45,16 @@ public:
     const CaError& getLoadError() const { return m_loadError; }
     /// One error for each stored item that could not be made, and for each dangling reference.
     QList<CaError> getItemErrors() const;
+    /// What getItemErrors names of a stored item that could not be made.
+    struct ItemProblem
+    {
+        QString id;
+        QString className;
+        CaError error;
+    };
+    QList<ItemProblem> getUnreadableItems() const;
+    /// Drops such an item's node; it is gone from the store with the study's next storing.
+    CaError removeUnreadableItem(const QString& id);
 
     _kelp::StringMixer getClassId() const override;
     bool isA(const _kelp::StringMixer& classId) const override;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BScanSegmentationLayer.h"
+#include "PolylineEdit.h"
 #include "kelpGIVector2DList.h"
 
 namespace kelp::oct {
@@ -40,6 +41,12 @@ signals:
     void deactivated();
 
 private:
+    void connectLayer();
+    void changeSegmentation(const QPointF& point);
+    void changeSegmentationBetween(const QPointF& first, const QPointF& second);
+    /// Tells the layer and redraws.
+    void apply(const std::vector<PolylineChange>& changes);
+
     double m_lateralResolution;
     double m_axialResolution;
     double m_maxY;
@@ -48,5 +55,7 @@ private:
     int m_start;
     int m_end;
 };
+
+using LayerSegmentationGIPtr = QSharedPointer<LayerSegmentationGI>;
 
 } // namespace kelp::oct

@@ -36,6 +36,9 @@ signals:
     void activeSliceChanged(int index);
 
 protected:
+    /// Dragging, zoom range and wheel.
+    void configureViewer();
+
     GISliceSegmentationViewer* m_viewer = nullptr;
     LayerSelectionWidget* m_layerSelection = nullptr;
 };

@@ -1,0 +1,248 @@
+#include "kelpGISliceSegmentationEditor.h"
+
+#include "kelpCheck.h"
+#include "kelpKeyEventTransition.h"
+#include "kelpTrace.h"
+
+#include <QCoreApplication>
+#include <QCursor>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QState>
+
+#include <limits>
+
+namespace kelp::oct {
+
+namespace {
+
+constexpr const char* sourcePath = "libraries/OCTScan/src/view/kelpGISliceSegmentationEditor";
+
+} // namespace
+
+GISliceSegmentationEditor::GISliceSegmentationEditor(QWidget* parent)
+    : GISliceSegmentationViewer(parent), m_stateMachine(QSharedPointer<QStateMachine>::create())
+{
+    // The zoom survives paging; the drag mode itself is the states' affair.
+    setDragEnabled(true);
+    buildStates();
+    m_stateMachine->start();
+    setInteractive(true);
+}
+
+GISliceSegmentationEditor::~GISliceSegmentationEditor() = default;
+
+void GISliceSegmentationEditor::buildStates()
+{
+    const auto makeState = [this](const char* name, Qt::CursorShape cursor, DragMode dragMode) {
+        auto* const state = new QState(m_stateMachine.data());
+        state->setObjectName(QString::fromLatin1(name));
+        state->assignProperty(this, "cursor", QCursor(cursor));
+        state->assignProperty(this, "dragMode", static_cast<int>(dragMode));
+        return state;
+    };
+    QState* const idle = makeState("idle", Qt::CrossCursor, QGraphicsView::NoDrag);
+    QState* const dragging =
+        makeState("dragging", Qt::OpenHandCursor, QGraphicsView::ScrollHandDrag);
+    QState* const selecting = makeState("selecting", Qt::PointingHandCursor, QGraphicsView::NoDrag);
+    m_stateMachine->setInitialState(idle);
+
+    auto* const idleToDragging =
+        new KeyEventTransition(this, QEvent::KeyPress, Qt::Key_Control, idle, dragging);
+    auto* const draggingToIdle =
+        new KeyEventTransition(this, QEvent::KeyRelease, Qt::Key_Control, dragging, idle);
+    auto* const idleToSelecting =
+        new KeyEventTransition(this, QEvent::KeyPress, Qt::Key_Shift, idle, selecting);
+    auto* const selectingToIdle =
+        new KeyEventTransition(this, QEvent::KeyRelease, Qt::Key_Shift, selecting, idle);
+    KELP_CONNECT(sourcePath,
+                 connect(idleToDragging, SIGNAL(triggered()), this, SLOT(stopInteraction())));
+    KELP_CONNECT(sourcePath,
+                 connect(draggingToIdle, SIGNAL(triggered()), this, SLOT(startInteraction())));
+    KELP_CONNECT(sourcePath,
+                 connect(idleToSelecting, SIGNAL(triggered()), this, SLOT(deselectCurrentItem())));
+    KELP_CONNECT(sourcePath,
+                 connect(selectingToIdle, SIGNAL(triggered()), this, SLOT(selectCurrentItem())));
+}
+
+void GISliceSegmentationEditor::stopInteraction()
+{
+    setInteractive(false);
+}
+
+void GISliceSegmentationEditor::startInteraction()
+{
+    setInteractive(true);
+}
+
+bool GISliceSegmentationEditor::isSelectedLayerValid() const
+{
+    return m_selectedSegLayerIndex >= 0 &&
+           m_selectedSegLayerIndex < getSliceObjects(m_currentImgIndex).size();
+}
+
+GIObjectPtr GISliceSegmentationEditor::selectedObject() const
+{
+    return getSliceObjects(m_currentImgIndex).value(m_selectedSegLayerIndex);
+}
+
+void GISliceSegmentationEditor::deselectCurrentItem()
+{
+    if (!isSliceValid(m_currentImgIndex)) {
+        kelp::Trace() << "GISliceSegmentationEditor::deselectCurrentItem m_currentImgIndex out of "
+                         "bounds";
+        return;
+    }
+    if (isSelectedLayerValid()) {
+        selectedObject()->setActive(false);
+    } else {
+        kelp::Trace() << "GISliceSegmentationEditor::deselectCurrentItem m_selectedSegLayerIndex "
+                         "out of bounds";
+    }
+    m_selecting = true;
+}
+
+void GISliceSegmentationEditor::selectCurrentItem()
+{
+    if (!isSliceValid(m_currentImgIndex)) {
+        kelp::Trace() << "GISliceSegmentationEditor::selectCurrentItem m_currentImgIndex out of "
+                         "bounds";
+        return;
+    }
+    if (!isSelectedLayerValid()) {
+        kelp::Trace() << "GISliceSegmentationEditor::selectCurrentItem m_selectedSegLayerIndex "
+                         "out of bounds";
+        return;
+    }
+    const GIObjectPtr selected = selectedObject();
+    if (selected.isNull()) {
+        kelp::Trace() << "GISliceSegmentationEditor::selectCurrentItem selected giobject is null";
+        return;
+    }
+    selected->removeHighlight();
+    selected->setActive(true);
+    m_selecting = false;
+}
+
+int GISliceSegmentationEditor::closestVisibleLayer(const QPointF& point) const
+{
+    const QList<GIObjectPtr> objects = getSliceObjects(m_currentImgIndex);
+    double best = static_cast<double>(std::numeric_limits<float>::max());
+    int bestIndex = 0;
+    for (int i = 0; i < objects.size(); ++i) {
+        if (!objects[i]->isVisible()) {
+            continue;
+        }
+        const double distance = objects[i]->distanceTo(point);
+        if (best >= distance) {
+            bestIndex = i;
+            best = distance;
+        }
+    }
+    return bestIndex;
+}
+
+void GISliceSegmentationEditor::highlightClosestLayer(const QPointF& point)
+{
+    if (!isSliceValid(m_currentImgIndex)) {
+        kelp::Trace() << "GISliceSegmentationEditor::highlightingClosestLayer with invalid "
+                         "m_currentImgIndex: "
+                      << m_currentImgIndex;
+        return;
+    }
+    if (isSelectedLayerValid()) {
+        selectedObject()->removeHighlight();
+    } else {
+        kelp::Trace() << "GISliceSegmentationEditor::highlightingClosestLayer with "
+                      << "invalid m_selectedSegLayerIndex: " << m_selectedSegLayerIndex;
+    }
+    const int closest = closestVisibleLayer(point);
+    if (closest < getSliceObjects(m_currentImgIndex).size()) {
+        m_selectedSegLayerIndex = closest;
+        selectedObject()->highlight();
+    }
+}
+
+void GISliceSegmentationEditor::setSegmentation(const OCTScanSegPtr& segmentation)
+{
+    m_selectedSegLayerIndex = -1;
+    GISliceSegmentationViewer::setSegmentation(segmentation);
+}
+
+void GISliceSegmentationEditor::setActiveSlice(int index)
+{
+    GISliceSegmentationViewer::setActiveSlice(index);
+    if (isSliceValid(index) && isSelectedLayerValid()) {
+        selectedObject()->setActive(true);
+    }
+}
+
+void GISliceSegmentationEditor::overlayMade(LayerSegmentationGI& overlay)
+{
+    KELP_CONNECT(sourcePath, connect(&overlay, SIGNAL(changedLayerSegmentationGI(int, int)), this,
+                                     SLOT(noteEdit())));
+}
+
+void GISliceSegmentationEditor::noteEdit()
+{
+    m_edited = true;
+}
+
+void GISliceSegmentationEditor::tellEdited()
+{
+    if (m_edited) {
+        m_edited = false;
+        emit segmentationEdited();
+    }
+}
+
+void GISliceSegmentationEditor::mousePressEvent(QMouseEvent* event)
+{
+    GISliceSegmentationViewer::mousePressEvent(event);
+}
+
+void GISliceSegmentationEditor::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    // Two strokes in quick succession: the second is a stroke as well.
+    mousePressEvent(event);
+}
+
+void GISliceSegmentationEditor::mouseMoveEvent(QMouseEvent* event)
+{
+    GISliceSegmentationViewer::mouseMoveEvent(event);
+    if (m_selecting) {
+        highlightClosestLayer(mapToScene(event->pos()));
+    }
+}
+
+void GISliceSegmentationEditor::mouseReleaseEvent(QMouseEvent* event)
+{
+    GISliceSegmentationViewer::mouseReleaseEvent(event);
+    tellEdited();
+}
+
+void GISliceSegmentationEditor::releaseKey(int key)
+{
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(this, &release);
+}
+
+void GISliceSegmentationEditor::focusOutEvent(QFocusEvent* event)
+{
+    // The keys' release goes elsewhere from now on; without it the editor would stay in its state.
+    // Where a key is not held, no transition waits for it.
+    releaseKey(Qt::Key_Shift);
+    releaseKey(Qt::Key_Control);
+    GISliceSegmentationViewer::focusOutEvent(event);
+}
+
+void GISliceSegmentationEditor::hideEvent(QHideEvent* event)
+{
+    // A stroke whose end the editor will not see.
+    tellEdited();
+    GISliceSegmentationViewer::hideEvent(event);
+}
+
+} // namespace kelp::oct
+
+#include "moc_kelpGISliceSegmentationEditor.cpp"

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "kelpGISliceSegmentationViewer.h"
+
+#include <QSharedPointer>
+#include <QStateMachine>
+
+class QState;
+
+namespace kelp::oct {
+
+/// Lets the user pick one layer of the current B-scan (Shift) and redraw it with the left mouse
+/// button; with Ctrl the mouse pans.
+class GISliceSegmentationEditor : public GISliceSegmentationViewer
+{
+    Q_OBJECT
+
+public:
+    explicit GISliceSegmentationEditor(QWidget* parent = nullptr);
+    ~GISliceSegmentationEditor() override;
+
+    void setSegmentation(const OCTScanSegPtr& segmentation) override;
+
+    /// Into the current slice's objects; may lie outside.
+    int getSelectedLayerIndex() const { return m_selectedSegLayerIndex; }
+    bool isSelecting() const { return m_selecting; }
+
+public slots:
+    void setActiveSlice(int index) override;
+    void stopInteraction();
+    void startInteraction();
+    void deselectCurrentItem();
+    void selectCurrentItem();
+    /// In scene coordinates.
+    void highlightClosestLayer(const QPointF& point);
+
+signals:
+    /// The mouse was released after it had changed a layer.
+    void segmentationEdited();
+
+protected:
+    void overlayMade(LayerSegmentationGI& overlay) override;
+
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private slots:
+    void noteEdit();
+
+private:
+    void buildStates();
+    int closestVisibleLayer(const QPointF& point) const;
+    bool isSelectedLayerValid() const;
+    /// Null unless an object of the current slice is selected.
+    GIObjectPtr selectedObject() const;
+    void releaseKey(int key);
+    void tellEdited();
+
+    QSharedPointer<QStateMachine> m_stateMachine;
+    int m_selectedSegLayerIndex = 0;
+    bool m_selecting = false;
+    bool m_edited = false;
+};
+
+} // namespace kelp::oct

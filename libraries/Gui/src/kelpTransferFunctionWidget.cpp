@@ -107,7 +107,8 @@ void TransferFunctionWidget::addLabelTick(QGridLayout& grid, int index, double v
 {
     constexpr int tickLength = 4;
     auto* const tick = new QFrame;
-    tick->setFrameStyle(QFrame::HLine | QFrame::Plain);
+    tick->setFrameShape(QFrame::HLine);
+    tick->setFrameShadow(QFrame::Plain);
     tick->setFixedSize(tickLength, 1);
     auto* const number = new QLabel(QString().setNum(value));
     const int row = index == 0 ? 0 : 2 * index - 1;

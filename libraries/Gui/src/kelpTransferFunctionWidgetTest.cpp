@@ -91,13 +91,10 @@ TEST(TransferFunctionWidget, FollowsAFunctionSetAnew)
     show(widget);
     function->setInputRange(-1.5, 0.5);
     widget.setTransferFunction(function);
-    QTRY_COMPARE_WITH_TIMEOUT(numbersFromTheTop(widget).last()->text(), QStringLiteral("-1.5"),
-                              5000);
-    // The layout places new labels with the next events.
-    QCoreApplication::processEvents();
-    EXPECT_EQ(textsFromTheTop(widget),
-              (QStringList{QStringLiteral("0.5"), QStringLiteral("0"), QStringLiteral("-0.5"),
-                           QStringLiteral("-1"), QStringLiteral("-1.5")}));
+    // The layout places the new labels with the next events.
+    const QStringList wanted{QStringLiteral("0.5"), QStringLiteral("0"), QStringLiteral("-0.5"),
+                             QStringLiteral("-1"), QStringLiteral("-1.5")};
+    EXPECT_TRUE(QTest::qWaitFor([&] { return textsFromTheTop(widget) == wanted; }));
 }
 
 TEST(TransferFunctionWidget, ShowsNothingWithoutAFunction)

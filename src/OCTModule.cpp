@@ -1,14 +1,13 @@
 #include "OCTModule.h"
 
 #include "AppBase.h"
-#include "FailureBox.h"
 #include "HintOverlay.h"
 #include "OCTScanControlWidget.h"
 #include "SegmentationNames.h"
 #include "kelpCheck.h"
 #include "kelpTrace.h"
 
-#include <QWidget>
+#include <QLabel>
 
 #include <algorithm>
 
@@ -78,9 +77,7 @@ void loadWithReason(OCTScan& scan)
         if (reason.isEmpty()) {
             throw;
         }
-        throw IOFailure((QString::fromUtf8(exception.what()) + QLatin1Char('\n') + reason)
-                            .toUtf8()
-                            .constData());
+        throw IOFailure(exception.getMessage(), reason);
     }
 }
 
@@ -317,13 +314,6 @@ void OCTModule::clearViews(const char* firstLine, const char* title)
     step(firstLine, title, [this] { m_controlWidget->clearOCT(); });
 }
 
-template <typename Step>
-bool OCTModule::step(const char* firstLine, const char* title, Step&& action)
-{
-    return guarded(getMainWidget(), QString::fromUtf8(firstLine), QString::fromUtf8(title),
-                   std::forward<Step>(action));
-}
-
 void OCTModule::setHintTarget(QWidget* view)
 {
     m_hint = new HintOverlay(view);
@@ -338,6 +328,23 @@ QString OCTModule::hint() const
     if (!m_octScan) {
         return QStringLiteral("Double-click a scan in the list.");
     }
+    if (!m_octScan->isLoaded()) {
+        return QStringLiteral("The images of this scan could not be read.");
+    }
+    return {};
+}
+
+QLabel* OCTModule::makeNextStepLabel()
+{
+    m_nextStep = new QLabel;
+    m_nextStep->setObjectName(QStringLiteral("nextStep"));
+    m_nextStep->setWordWrap(true);
+    m_nextStep->hide();
+    return m_nextStep;
+}
+
+QString OCTModule::nextStep() const
+{
     return {};
 }
 
@@ -345,6 +352,11 @@ void OCTModule::tellSelection()
 {
     if (m_hint) {
         m_hint->setHint(hint());
+    }
+    if (m_nextStep) {
+        const QString text = hint().isEmpty() ? nextStep() : QString();
+        m_nextStep->setText(text);
+        m_nextStep->setVisible(!text.isEmpty());
     }
     AppBase::setScanDescription(m_octScan ? m_octScan->getId() : QString());
 }

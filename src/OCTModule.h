@@ -1,10 +1,12 @@
 #pragma once
 
 #include "ActiveDataItems.h"
+#include "FailureBox.h"
 #include "QtAppModule.h"
 
 #include <QPointer>
 
+class QLabel;
 namespace kelp {
 class HintOverlay;
 }
@@ -53,17 +55,26 @@ protected slots:
 protected:
     /// The view over which a hint stands while there is nothing to show. To be called once.
     void setHintTarget(QWidget* view);
-    /// What the user should do next; empty while everything needed is chosen.
+    /// What the user should do while no scan is shown; empty with one.
     virtual QString hint() const;
+    /// A line for the tab's layout, hidden while nextStep is empty. To be called once.
+    QLabel* makeNextStepLabel();
+    /// What the user should do with the scan that is shown; empty if that is clear.
+    virtual QString nextStep() const;
+
+    /// kelp::guarded with the main widget as parent.
+    template <typename Action>
+    bool step(const char* firstLine, const char* title, Action&& action)
+    {
+        return guarded(getMainWidget(), QString::fromUtf8(firstLine), QString::fromUtf8(title),
+                       std::forward<Action>(action));
+    }
 
     DataPointer<OCTScan> m_octScan;
     DataPointer<OCTScanSegmentation> m_octScanSegmentation;
     QPointer<OCTScanControlWidget> m_controlWidget;
 
 private:
-    /// Runs it, and shows its failure in a box with these texts; see kelp::guarded.
-    template <typename Step>
-    bool step(const char* firstLine, const char* title, Step&& action);
     void clearViews(const char* firstLine, const char* title);
     void restoreSelection();
     void showScan(const OCTScanPtr& scan);
@@ -75,6 +86,7 @@ private:
     ActiveDataItems* m_activeDataItems = nullptr;
     DataPointer<Study> m_currentStudy;
     QPointer<HintOverlay> m_hint;
+    QPointer<QLabel> m_nextStep;
 };
 
 } // namespace kelp::oct

@@ -21,6 +21,13 @@ constexpr Place successPlace{sourcePath, "kelp::oct::SegUpdateDialog::segmentati
 constexpr unsigned long failureShownMs = 1000;
 constexpr unsigned long abortShownMs = 500;
 
+/// What was set just before is on the screen when this returns, although no event is handled.
+void showAtOnce(QDialog& dialog)
+{
+    dialog.layout()->activate();
+    dialog.repaint();
+}
+
 } // namespace
 
 SegUpdateDialog::SegUpdateDialog(QSharedPointer<SegInterface> segInterface, QWidget* parent,
@@ -34,6 +41,7 @@ SegUpdateDialog::SegUpdateDialog(QSharedPointer<SegInterface> segInterface, QWid
     auto* const box = new QVBoxLayout;
     setLayout(box);
     m_label = new QLabel;
+    m_label->setWordWrap(true);
     m_log = new QTextEdit;
     m_log->setFixedSize(logWidth, logHeight);
     m_log->setReadOnly(true);
@@ -71,6 +79,7 @@ void SegUpdateDialog::setSegInterface(const QSharedPointer<SegInterface>& segInt
 
 void SegUpdateDialog::segmentationStarted()
 {
+    m_running = true;
     m_label->setText(QStringLiteral("Segmenting..."));
     m_log->clear();
     m_log->append(QStringLiteral("Segmentation started"));
@@ -89,6 +98,7 @@ void SegUpdateDialog::segmentationProgress(int percentageCompleted)
 
 void SegUpdateDialog::segmentationSuccess()
 {
+    m_running = false;
     Trace() << locatedText(successPlace, QStringLiteral("s u c c e s s"));
     m_bar->setValue(m_bar->maximum());
     m_label->setText(QStringLiteral("Segmentation success"));
@@ -98,7 +108,9 @@ void SegUpdateDialog::segmentationSuccess()
 
 void SegUpdateDialog::segmentationFailure(QString message)
 {
+    m_running = false;
     m_label->setText(QStringLiteral("Segmentation failed:\n") + message);
+    showAtOnce(*this);
     QThread::msleep(failureShownMs);
     close();
 }
@@ -106,9 +118,19 @@ void SegUpdateDialog::segmentationFailure(QString message)
 void SegUpdateDialog::abortSegmentation()
 {
     m_label->setText(QStringLiteral("Aborting segmentation"));
+    showAtOnce(*this);
     m_segInterface->abortSegmentation();
     QThread::msleep(abortShownMs);
     hide();
+}
+
+void SegUpdateDialog::reject()
+{
+    if (m_running) {
+        abortSegmentation();
+    } else {
+        QDialog::reject();
+    }
 }
 
 } // namespace kelp::oct

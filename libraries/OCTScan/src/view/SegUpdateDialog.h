@@ -10,7 +10,8 @@ class QTextEdit;
 
 namespace kelp::oct {
 
-/// The modal dialog that shows a run and keeps the user out of the data meanwhile.
+/// The modal dialog that shows a run and keeps the user out of the data meanwhile. Closing it by
+/// the Escape key or the window's button aborts the run, which must not go on unseen.
 class SegUpdateDialog : public QDialog
 {
     Q_OBJECT
@@ -27,12 +28,14 @@ public slots:
     void segmentationSuccess();
     void segmentationProgress(int percentageCompleted);
     void abortSegmentation();
+    void reject() override;
 
 private:
     QSharedPointer<SegInterface> m_segInterface;
     QLabel* m_label = nullptr;
     QTextEdit* m_log = nullptr;
     QProgressBar* m_bar = nullptr;
+    bool m_running = false;
 };
 
 } // namespace kelp::oct

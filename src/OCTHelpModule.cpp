@@ -1,0 +1,35 @@
+#include "OCTHelpModule.h"
+
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+// A static library's resources are not registered by themselves, and the macro wants to stand
+// outside of any namespace.
+static void registerHelpPages()
+{
+    Q_INIT_RESOURCE(help);
+}
+
+namespace kelp::oct {
+
+OCTHelpModule::OCTHelpModule(const QString& name)
+    : QtAppModule(name, false), m_browser(new QTextBrowser), m_mainWidget(new QWidget)
+{
+    registerHelpPages();
+    m_browser->setObjectName(QStringLiteral("helpBrowser"));
+    m_browser->setReadOnly(true);
+    m_browser->setAcceptRichText(true);
+    m_browser->setOpenExternalLinks(true);
+    auto* const box = new QVBoxLayout(m_mainWidget);
+    box->addWidget(m_browser);
+    m_browser->setSource(QUrl(QStringLiteral("qrc:/help/html/introduction.html")));
+}
+
+OCTHelpModule::~OCTHelpModule()
+{
+    delete m_mainWidget;
+}
+
+} // namespace kelp::oct
+
+#include "moc_OCTHelpModule.cpp"

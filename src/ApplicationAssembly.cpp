@@ -1,0 +1,75 @@
+#include "ApplicationAssembly.h"
+
+#include "AppBase.h"
+#include "DataFactory.h"
+#include "LoadingInteraction.h"
+#include "OCTDecoderHeidelbergXML.h"
+#include "OCTScan.h"
+#include "QtModuleTabSelector.h"
+#include "QtPMModule.h"
+#include "StorePlugins.h"
+#include "kelpTrace.h"
+
+#include <QCoreApplication>
+#include <QIcon>
+#include <QLocale>
+#include <QResource>
+
+/// Here, since the macro wants the global namespace.
+static void makeIconsKnown()
+{
+    Q_INIT_RESOURCE(icons);
+}
+
+namespace kelp::oct {
+
+namespace {
+
+/// Qt's plug-ins come from beside the program and from nowhere else: what a desktop or an
+/// environment adds may have been built for another Qt.
+void limitLibraryPaths()
+{
+    QCoreApplication::setLibraryPaths(
+        {QCoreApplication::applicationDirPath() + QStringLiteral("/plugins")});
+    Trace() << "====================configured plugin lib paths:==========================";
+    for (const QString& path : QCoreApplication::libraryPaths()) {
+        Trace() << path;
+    }
+    Trace() << "==========================================================================";
+}
+
+void identify(AppBase& application)
+{
+    makeIconsKnown();
+    const QResource resource(QStringLiteral(":/icon/iconTessera48.png"), QLocale());
+    const QIcon icon(resource.absoluteFilePath());
+    application.setApplicationIdentification(QStringLiteral("Tessera App"), icon,
+                                             QStringLiteral("Tessera App"));
+    Trace() << "done setting icon";
+}
+
+} // namespace
+
+void registerFactories()
+{
+    createOCTDecoderHeidelbergXMLFactory();
+    createFileIOFactory();
+    createXMLDataTreeIOFactory();
+    createOCTScanFactory();
+    constexpr int linkFlags = 2;
+    linkDataToWidget(QStringLiteral("OCTScan"), QStringLiteral("OCTScanLoadingWidget"),
+                     QStringLiteral("OCT Image"), linkFlags, QString());
+}
+
+void assembleApplication(AppBase& application)
+{
+    limitLibraryPaths();
+    identify(application);
+    static LoadingInteraction loadingInteraction;
+
+    application.setModuleSelector(
+        new QtModuleTabSelector(QtModuleSelector::Top, true, false, true, true));
+    application.addModule(new QtPMModule);
+}
+
+} // namespace kelp::oct

@@ -1,8 +1,8 @@
 #include "Pictures.h"
 
+#include "EnfaceMap.h"
 #include "EtdrsGrid.h"
 #include "LayerUtils.h"
-#include "kelpColorTransferFunction.h"
 #include "kelpImageConverters.h"
 
 #include <QPainter>
@@ -10,12 +10,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 namespace kelp::command {
 
 namespace {
 
+using kelp::oct::hasLayer;
+using kelp::oct::isVolumeScan;
 using kelp::oct::LayerNameBM;
 using kelp::oct::LayerNameILM;
 using kelp::oct::LayerNamePtr;
@@ -47,12 +48,12 @@ struct Projection
     {
         return {(position.x - origin.x) * scale, (position.y - origin.y) * scale};
     }
+    QTransform toTransform() const
+    {
+        return QTransform::fromTranslate(-origin.x, -origin.y) *
+               QTransform::fromScale(scale, scale);
+    }
 };
-
-bool isVolume(const OCTScan& scan)
-{
-    return *scan.getScanPattern() == kelp::oct::OCTScanPatternVolume();
-}
 
 QRectF scanBounds(const OCTScan& scan)
 {
@@ -104,41 +105,11 @@ QImage drawEmptyGround(const OCTScan& scan, Projection& projection)
     return picture;
 }
 
-bool hasLayer(const OCTScanSegPtr& segmentation, const LayerNamePtr& wanted)
-{
-    const auto names = segmentation->getAllLayerNames();
-    return std::any_of(names.begin(), names.end(),
-                       [&](const LayerNamePtr& name) { return *name == *wanted; });
-}
-
+/// For thicknesses in units of the axial spacing.
 kelp::PredefinedTransferfunctions mapFunction(double axialSpacing)
 {
-    kelp::PredefinedTransferfunctions colors(mapColors);
-    // The thickness comes in rows.
-    colors.setInputRange(mapLowMicrometres / 1000.0 / axialSpacing,
-                         mapHighMicrometres / 1000.0 / axialSpacing);
-    return colors;
-}
-
-/// The centres of the map's corner pixels lie at the first and last A-scans of the first and last
-/// B-scans.
-std::optional<QTransform> mapTransform(const OCTScan& scan, const QSize& map,
-                                       const Projection& projection)
-{
-    const auto first = scan.getBScan(0);
-    const auto last = scan.getBScan(static_cast<unsigned>(scan.getBScanCount() - 1));
-    const auto lastAScan = static_cast<unsigned>(first->getNrAScans() - 1);
-    const double right = map.width() - 0.5;
-    const double bottom = map.height() - 0.5;
-    const QPolygonF corners{{{0.5, 0.5}, {right, 0.5}, {right, bottom}, {0.5, bottom}}};
-    const QPolygonF places{
-        {projection(first->getAScanPosition(0)), projection(first->getAScanPosition(lastAScan)),
-         projection(last->getAScanPosition(lastAScan)), projection(last->getAScanPosition(0))}};
-    QTransform transform;
-    if (!QTransform::quadToQuad(corners, places, transform)) {
-        return std::nullopt;
-    }
-    return transform;
+    return kelp::oct::thicknessColors(mapColors, mapLowMicrometres, mapHighMicrometres,
+                                      axialSpacing);
 }
 
 bool drawThicknessMap(QPainter& painter, const OCTScanSegPtr& segmentation,
@@ -147,7 +118,7 @@ bool drawThicknessMap(QPainter& painter, const OCTScanSegPtr& segmentation,
     const auto top = LayerNameILM::create();
     const auto bottom = LayerNameBM::create();
     const OCTScanPtr scan = segmentation->getOCT();
-    if (!hasLayer(segmentation, top) || !hasLayer(segmentation, bottom)) {
+    if (!hasLayer(*segmentation, top) || !hasLayer(*segmentation, bottom)) {
         return false;
     }
     const QImage map =
@@ -155,13 +126,13 @@ bool drawThicknessMap(QPainter& painter, const OCTScanSegPtr& segmentation,
             segmentation->getVolumeLayer(top), segmentation->getVolumeLayer(bottom),
             mapFunction(scan->getVolumeSpacing().y), segmentation->getMask()->getMaskMatrix(),
             mapOpacity));
-    const auto transform = mapTransform(*scan, map.size(), projection);
+    const auto transform = kelp::oct::mapToLocalizer(*scan);
     if (!transform) {
         return false;
     }
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.setTransform(*transform);
+    painter.setTransform(*transform * projection.toTransform());
     painter.drawImage(0, 0, map);
     painter.restore();
     return true;
@@ -169,7 +140,7 @@ bool drawThicknessMap(QPainter& painter, const OCTScanSegPtr& segmentation,
 
 void drawScanLines(QPainter& painter, const OCTScan& scan, const Projection& projection)
 {
-    const bool many = isVolume(scan);
+    const bool many = isVolumeScan(scan);
     painter.setPen(QPen(many ? QColor(255, 255, 255, 70) : QColor(0, 255, 0), many ? 1.0 : 2.0));
     for (int i = 0; i < scan.getBScanCount(); ++i) {
         const auto bScan = scan.getBScan(static_cast<unsigned>(i));
@@ -281,9 +252,9 @@ QImage renderEnface(const OCTScanSegPtr& segmentation)
                                         : drawLocalizer(*localizer, projection);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    const bool hasMap = isVolume(*scan) && drawThicknessMap(painter, segmentation, projection);
+    const bool hasMap = isVolumeScan(*scan) && drawThicknessMap(painter, segmentation, projection);
     drawScanLines(painter, *scan, projection);
-    if (isVolume(*scan)) {
+    if (isVolumeScan(*scan)) {
         drawGrid(painter, segmentation, projection);
     }
     if (hasMap) {

@@ -19,7 +19,7 @@ HintOverlay::HintOverlay(QWidget* target) : QLabel(target)
     setTextFormat(Qt::PlainText);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
-    setForegroundRole(QPalette::PlaceholderText);
+    // Not the role of placeholder texts: default palettes give it a brush that draws nothing.
     target->installEventFilter(this);
     setGeometry(target->rect());
     hide();

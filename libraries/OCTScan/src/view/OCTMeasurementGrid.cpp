@@ -19,6 +19,7 @@ constexpr double labelScale = 0.05;
 // Of the unscaled label; with the scale half a millimetre, so that a label fits into its sector
 // whatever the user's font is.
 constexpr int labelPixels = 10;
+constexpr double rimPixels = 1.5;
 
 void setProperties(QAbstractGraphicsShapeItem* item)
 {
@@ -119,6 +120,13 @@ void OCTMeasurementViewer::addLabel(const QString& text, const Vector2d& offset)
     labelFont.setBold(true);
     label->setFont(labelFont);
     setColor(label);
+    // A light rim keeps the letters readable on dark grounds and on blue ones.
+    auto* const rim = new QGraphicsSimpleTextItem(text, label);
+    rim->setFlag(QGraphicsItem::ItemStacksBehindParent);
+    rim->setFont(labelFont);
+    rim->setBrush(Qt::NoBrush);
+    rim->setPen(
+        QPen(QColor(255, 255, 255, 180), rimPixels, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     label->setScale(labelScale);
     const QPointF middle = label->boundingRect().center() * labelScale;
     label->setPos(m_fovea.x + offset.x - middle.x(), m_fovea.y + offset.y - middle.y());

@@ -104,7 +104,6 @@ void OCTMeasurementViewer::clearOCT()
     m_topLayerName.reset();
     m_bottomLayerName.reset();
     m_fovea = {};
-    removeHoverEllipse();
     render();
     clearImage();
     scene()->setSceneRect({});
@@ -169,6 +168,7 @@ int OCTMeasurementViewer::getSector(const CoordOnLocalizer& position) const
 
 void OCTMeasurementViewer::render()
 {
+    removeHoverEllipse();
     // The grid first: it is there even where the surfaces of the map are not.
     drawGrid();
     renderMap();

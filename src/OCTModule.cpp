@@ -317,6 +317,8 @@ void OCTModule::clearViews(const char* firstLine, const char* title)
 void OCTModule::setHintTarget(QWidget* view)
 {
     m_hint = new HintOverlay(view);
+    // The ground of the viewers is light in dark palettes as well, unlike the hint's text.
+    m_hint->setAutoFillBackground(true);
     tellSelection();
 }
 

@@ -2,7 +2,6 @@
 
 #include "EnfaceMap.h"
 #include "FailureBox.h"
-#include "HintOverlay.h"
 #include "OCTMeasurementViewer.h"
 #include "QTableWidgetSelectedToClipboard.h"
 #include "ThicknessMapSettings.h"
@@ -67,7 +66,6 @@ MeasurementWidget::~MeasurementWidget() = default;
 void MeasurementWidget::setOCT(OCTScanPtr oct)
 {
     check(!oct.isNull(), {sourcePath, "kelp::oct::MeasurementWidget::setOCT"}, "OCT scan is null.");
-    m_hint->setHint(QString());
     m_viewer->setOCT(oct);
     updateNote();
     updateMeasurementsTable();
@@ -80,8 +78,6 @@ void MeasurementWidget::clearOCT()
         const QSignalBlocker blocker(box);
         box->clear();
     }
-    m_hint->setHint(QStringLiteral("No scan is selected.\n"
-                                   "Double-click a scan in the list on the left."));
     updateNote();
     updateMeasurementsTable();
 }

@@ -13,7 +13,6 @@ class QSlider;
 class QTableWidgetSelectedToClipboard;
 
 namespace kelp {
-class HintOverlay;
 class TransferFunctionWidget;
 } // namespace kelp
 
@@ -90,7 +89,6 @@ private:
     TransferFunctionWidget* m_legend = nullptr;
     QTableWidgetSelectedToClipboard* m_table = nullptr;
     QLabel* m_note = nullptr;
-    HintOverlay* m_hint = nullptr;
     EtdrsTable m_means;
 };
 

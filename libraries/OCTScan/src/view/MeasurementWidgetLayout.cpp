@@ -1,6 +1,5 @@
 #include "MeasurementWidget.h"
 
-#include "HintOverlay.h"
 #include "OCTMeasurementViewer.h"
 #include "QTableWidgetSelectedToClipboard.h"
 #include "ThicknessMapSettings.h"
@@ -67,9 +66,6 @@ MeasurementWidget::MeasurementWidget(QWidget* parent) : QWidget(parent)
 {
     m_viewer = new OCTMeasurementViewer;
     m_viewer->setAccessibleName(QStringLiteral("Thickness map"));
-    m_hint = new HintOverlay(m_viewer);
-    // The viewer's ground is light in dark palettes as well, unlike the hint's text.
-    m_hint->setAutoFillBackground(true);
     m_legend = new TransferFunctionWidget;
     m_legend->setObjectName(QStringLiteral("thicknessLegend"));
     auto* const top = new QHBoxLayout;

@@ -6,7 +6,7 @@ namespace kelp::oct {
 
 class LocalizerGraphicsViewer;
 
-/// A copy of the localizer on which polygons are drawn.
+/// A copy of the localizer on which polygons are drawn. Keeps its size from one time to the next.
 class EditMaskDialog : public QDialog
 {
     Q_OBJECT
@@ -14,6 +14,9 @@ class EditMaskDialog : public QDialog
 public:
     explicit EditMaskDialog(QWidget* parent = nullptr);
     LocalizerGraphicsViewer* getViewer() const { return m_viewer; }
+
+public slots:
+    void done(int result) override;
 
 signals:
     void btnClearClicked();

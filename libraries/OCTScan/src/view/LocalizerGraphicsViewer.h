@@ -1,8 +1,14 @@
 #pragma once
 
+#include "AScanFinder.h"
 #include "OCTScan.h"
 #include "SegmentationMask.h"
 #include "kelpGIImageViewer.h"
+#include "kelpGIVector2DList.h"
+
+#include <optional>
+
+class QAbstractGraphicsShapeItem;
 
 namespace kelp::oct {
 
@@ -19,7 +25,19 @@ public:
     /// Throws kelp::Assertion for null. A scan without a localizer image shows its B-scans only.
     void setOCT(const OCTScanPtr& scan);
     void setMask(const SegmentationMaskPtr& mask);
+    void clearMask();
     void clearOCT();
+    /// Off, the mouse selects nothing: it belongs to a tool of the scene. On at first.
+    void setPickingEnabled(bool enabled) { m_pickingEnabled = enabled; }
+
+    /// Also without an image, to the B-scans.
+    void zoomToFit() override;
+
+    /// The lines of all B-scans in their order.
+    const QList<GIVector2DListPtr>& getSlicePositions() const { return m_slicePositionsGI; }
+    const QList<QGraphicsPolygonItem*>& getMaskItems() const { return m_maskItems; }
+    int getActiveSlice() const { return m_activeSlice; }
+    int getActivePosition() const { return m_activePosition; }
 
 public slots:
     void setActiveSlice(int index);
@@ -28,6 +46,31 @@ public slots:
 signals:
     void aScanSelected(int posIndex);
     void bScanSelected(int sliceIndex);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void addSlicePositions();
+    void addOutline();
+    QList<Vector2d> slicePosition(const BScan& bScan) const;
+    /// Makes the closest place active, and tells if it is not the one picked last.
+    void pick(const QPoint& position, bool always);
+    void showActivePosition();
+
+    OCTScanPtr m_scan;
+    AScanFinder m_finder;
+    QList<GIVector2DListPtr> m_slicePositionsGI;
+    // Owned by the scene.
+    QGraphicsPolygonItem* m_outline = nullptr;
+    QGraphicsPathItem* m_positionMark = nullptr;
+    QList<QGraphicsPolygonItem*> m_maskItems;
+    int m_activeSlice = -1;
+    int m_activePosition = -1;
+    std::optional<AScanPlace> m_lastPicked;
+    bool m_pickingEnabled = true;
 };
 
 } // namespace kelp::oct

@@ -2,10 +2,24 @@
 
 #include "OCTScanSegmentation.h"
 
+#include <QPointer>
 #include <QPolygonF>
 #include <QWidget>
 
+class QPushButton;
+class QVBoxLayout;
+
+namespace kelp {
+class RegionTool;
+}
+
 namespace kelp::oct {
+
+class EditMaskDialog;
+class LocalizerControlWidget;
+class MetaInfoView;
+class OCTScanSelectionWidget;
+class OCTSegmentationSelectionWidget;
 
 /// The panel at the left of the OCT tabs: picks scan and segmentation, shows the localizer with the
 /// current B-scan and A-scan, the information of both, and opens the mask editor.
@@ -18,10 +32,11 @@ public:
     ~OCTScanControlWidget() override;
 
     OCTScanPtr getOCT() const;
+    /// -1 without a scan.
     int getActiveBScan() const;
 
 public slots:
-    /// Throws kelp::Assertion for null.
+    /// Starts at the middle B-scan, without segmentation and mask. Throws kelp::Assertion for null.
     void setOCT(OCTScanPtr scan);
     void setActiveBScan(int bScanIndex);
     void setActiveAScan(int aScanIndex);
@@ -48,6 +63,38 @@ signals:
     void deleteSegment(OCTScanSegPtr segmentation);
     /// The user changed the mask: the moment to save.
     void maskChanged();
+
+private slots:
+    void editMaskPressed();
+    void localizerBScanSelected(int bScanIndex);
+
+private:
+    QWidget* createDataSelection();
+    QWidget* createMaskGroup();
+    void addInformation(QVBoxLayout& layout);
+    void connectSignals();
+    /// Throws a kelp::Exception that tells what is wrong with the data.
+    OCTScanPtr loadedScan(Data* item);
+    void showScanInformation();
+    void showBScanInformation(int bScanIndex);
+    void forgetSegmentation();
+    /// On the localizer, and in the mask editor while it is open.
+    void showMask();
+    /// Shows the dialog with the tool in its scene.
+    void drawMask(EditMaskDialog& dialog);
+
+    OCTScanSelectionWidget* m_scanSelection = nullptr;
+    OCTSegmentationSelectionWidget* m_segmentationSelection = nullptr;
+    LocalizerControlWidget* m_localizer = nullptr;
+    QPushButton* m_editMaskButton = nullptr;
+    MetaInfoView* m_scanInformation = nullptr;
+    MetaInfoView* m_bScanInformation = nullptr;
+    OCTScanPtr m_octScan;
+    OCTScanSegPtr m_octScanSegmentation;
+    SegmentationMaskPtr m_mask;
+    /// Owned; the scene of the mask editor borrows it while that is open.
+    QPointer<RegionTool> m_regionTool;
+    QPointer<EditMaskDialog> m_editMaskDialog;
 };
 
 } // namespace kelp::oct

@@ -22,10 +22,15 @@ public:
     DataPointer<Study> getStudy() const { return m_study; }
     void clear() { set(nullptr, nullptr, nullptr); }
 
+    /// The B-scan that is shown of the scan; -1 for none.
+    int getBScan() const { return m_bScan; }
+    void setBScan(int index) { m_bScan = index; }
+
 private:
     OCTScanPtr m_scan;
     OCTScanSegPtr m_segmentation;
     DataPointer<Study> m_study;
+    int m_bScan = -1;
 };
 
 } // namespace kelp::oct

@@ -137,9 +137,10 @@ QGroupBox* OCTAutoSegmentationModule::makeOptions()
     m_useETDRSMask = makeCheckBox(
         QStringLiteral("Use ETDRS Mask"), QStringLiteral("useETDRSMask"), true,
         QStringLiteral("Leave out what lies outside of the ETDRS grid around the fovea."));
-    m_useCenterMask =
-        makeCheckBox(QStringLiteral("Use Center Mask (ONH)"), QStringLiteral("useCenterMask"),
-                     false, QStringLiteral("Leave out the optic nerve head in the centre."));
+    m_useCenterMask = makeCheckBox(
+        QStringLiteral("Use Center Mask (ONH)"), QStringLiteral("useCenterMask"), false,
+        QStringLiteral("Leave out a disc of 1 mm diameter around the deepest point near the "
+                       "centre of the scan."));
 
     auto* const group = new QGroupBox(QStringLiteral("Segmentation Options"));
     auto* const box = new QVBoxLayout(group);

@@ -1,5 +1,7 @@
 #include "OCTHelpModule.h"
 
+#include <QEvent>
+#include <QScrollBar>
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
@@ -12,8 +14,27 @@ static void registerHelpPages()
 
 namespace kelp::oct {
 
+namespace {
+
+/// Reads its page again when light and dark change: the colours of links are taken while reading.
+class HelpBrowser : public QTextBrowser
+{
+protected:
+    void changeEvent(QEvent* event) override
+    {
+        QTextBrowser::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange && !source().isEmpty()) {
+            const int place = verticalScrollBar()->value();
+            reload();
+            verticalScrollBar()->setValue(place);
+        }
+    }
+};
+
+} // namespace
+
 OCTHelpModule::OCTHelpModule(const QString& name)
-    : QtAppModule(name, false), m_browser(new QTextBrowser), m_mainWidget(new QWidget)
+    : QtAppModule(name, false), m_browser(new HelpBrowser), m_mainWidget(new QWidget)
 {
     registerHelpPages();
     m_browser->setObjectName(QStringLiteral("helpBrowser"));

@@ -140,17 +140,19 @@ void OCTModule::restoreSelection()
         segmentationOfStudy(m_activeDataItems->getSegmentation(), m_currentStudy);
     showScan(scan);
     showSegmentation(segmentation);
-    if (scan && !segmentation) {
+    if (m_octScan && !segmentation) {
         // Without a segmentation the views were cleared and only the panel has its scan back.
         step("Setting the OCT failed:\n", "Error Setting the OCT",
              [this] { setOCTScan(m_octScan); });
     }
+    showBScan(m_activeDataItems->getBScan());
 }
 
 void OCTModule::deactivate()
 {
     Trace() << "OCTModule::deactivate";
     m_activeDataItems->set(m_octScan, m_octScanSegmentation, m_currentStudy);
+    m_activeDataItems->setBScan(m_controlWidget->getActiveBScan());
     clearViews(clearingFailed, "Error clearing the OCT");
 }
 
@@ -164,8 +166,24 @@ void OCTModule::setOCTScanPrivate(OCTScanPtr scan)
 
 void OCTModule::setOCTScanSegmentationPrivate(OCTScanSegPtr segmentation)
 {
+    // Another segmentation of the same scan is looked at on the same B-scan.
+    const bool sameScan = segmentation && segmentation->getOCT() == m_controlWidget->getOCT();
+    const int bScan = sameScan ? m_controlWidget->getActiveBScan() : -1;
     showSegmentation(segmentation);
+    showBScan(bScan);
     tellSelection();
+}
+
+void OCTModule::showBScan(int index)
+{
+    const bool valid = m_octScan && index >= 0 && index < m_octScan->getBScanCount();
+    if (!valid || index == m_controlWidget->getActiveBScan()) {
+        return;
+    }
+    step(settingPanelFailed, "Error Setting the OCT", [this, index] {
+        m_controlWidget->setActiveBScan(index);
+        emit m_controlWidget->bScanSelected(index);
+    });
 }
 
 void OCTModule::showScan(const OCTScanPtr& scan)

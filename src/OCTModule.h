@@ -78,6 +78,8 @@ private:
     void clearViews(const char* firstLine, const char* title);
     void restoreSelection();
     void showScan(const OCTScanPtr& scan);
+    /// In the panel and in the views; nothing for an index that the scan does not have.
+    void showBScan(int index);
     void showSegmentation(const OCTScanSegPtr& segmentation);
     void addToCurrentStudy(const OCTScanSegPtr& segmentation);
     /// Hint and status bar, at the end of whatever changed the selection.

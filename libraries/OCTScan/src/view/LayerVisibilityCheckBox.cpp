@@ -2,8 +2,11 @@
 
 #include "kelpCheck.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QHBoxLayout>
+#include <QProxyStyle>
+#include <QStyleOption>
 
 namespace kelp::oct {
 
@@ -25,6 +28,30 @@ QString fadingBackground(const QColor& color, int textLength)
         .arg(fadeLength / (textLength + boxLength));
 }
 
+/// A style sheet's background reaches the box of the tick as well and turns it black. Here it is
+/// drawn as in any other check box.
+class PlainIndicatorStyle : public QProxyStyle
+{
+public:
+    explicit PlainIndicatorStyle(QObject* owner) : QProxyStyle(QApplication::style()->objectName())
+    {
+        setParent(owner);
+    }
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override
+    {
+        const auto* const button = qstyleoption_cast<const QStyleOptionButton*>(option);
+        if (element != PE_IndicatorCheckBox || !button) {
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+            return;
+        }
+        QStyleOptionButton plain(*button);
+        plain.palette = QApplication::palette();
+        QProxyStyle::drawPrimitive(element, &plain, painter, widget);
+    }
+};
+
 } // namespace
 
 LayerVisibilityCheckBox::LayerVisibilityCheckBox(const LayerNamePtr& layerName, QWidget* parent)
@@ -36,6 +63,7 @@ LayerVisibilityCheckBox::LayerVisibilityCheckBox(const LayerNamePtr& layerName, 
     m_checkBox->setObjectName(m_layerName->getIdentifier());
     m_checkBox->setToolTip(m_layerName->getLongName());
     m_checkBox->setChecked(m_layerName->isVisibleByDefault());
+    m_checkBox->setStyle(new PlainIndicatorStyle(m_checkBox));
     m_checkBox->setStyleSheet(fadingBackground(m_layerName->getColor(), text.length()));
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

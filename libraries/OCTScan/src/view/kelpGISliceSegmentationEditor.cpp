@@ -26,35 +26,43 @@ GISliceSegmentationEditor::GISliceSegmentationEditor(QWidget* parent)
     // The zoom survives paging; the drag mode itself is the states' affair.
     setDragEnabled(true);
     buildStates();
+    connectStates();
     m_stateMachine->start();
     setInteractive(true);
 }
 
 GISliceSegmentationEditor::~GISliceSegmentationEditor() = default;
 
+QState* GISliceSegmentationEditor::makeState(const char* name, Qt::CursorShape cursor,
+                                             DragMode dragMode)
+{
+    auto* const state = new QState(m_stateMachine.data());
+    state->setObjectName(QString::fromLatin1(name));
+    state->assignProperty(this, "cursor", QCursor(cursor));
+    state->assignProperty(this, "dragMode", static_cast<int>(dragMode));
+    return state;
+}
+
 void GISliceSegmentationEditor::buildStates()
 {
-    const auto makeState = [this](const char* name, Qt::CursorShape cursor, DragMode dragMode) {
-        auto* const state = new QState(m_stateMachine.data());
-        state->setObjectName(QString::fromLatin1(name));
-        state->assignProperty(this, "cursor", QCursor(cursor));
-        state->assignProperty(this, "dragMode", static_cast<int>(dragMode));
-        return state;
-    };
-    QState* const idle = makeState("idle", Qt::CrossCursor, QGraphicsView::NoDrag);
-    QState* const dragging =
-        makeState("dragging", Qt::OpenHandCursor, QGraphicsView::ScrollHandDrag);
-    QState* const selecting = makeState("selecting", Qt::PointingHandCursor, QGraphicsView::NoDrag);
-    m_stateMachine->setInitialState(idle);
+    m_idleState = makeState("idle", Qt::CrossCursor, QGraphicsView::NoDrag);
+    m_draggingState = makeState("dragging", Qt::OpenHandCursor, QGraphicsView::ScrollHandDrag);
+    m_selectingState = makeState("selecting", Qt::PointingHandCursor, QGraphicsView::NoDrag);
+    m_stateMachine->setInitialState(m_idleState);
+}
 
-    auto* const idleToDragging =
-        new KeyEventTransition(this, QEvent::KeyPress, Qt::Key_Control, idle, dragging);
-    auto* const draggingToIdle =
-        new KeyEventTransition(this, QEvent::KeyRelease, Qt::Key_Control, dragging, idle);
-    auto* const idleToSelecting =
-        new KeyEventTransition(this, QEvent::KeyPress, Qt::Key_Shift, idle, selecting);
-    auto* const selectingToIdle =
-        new KeyEventTransition(this, QEvent::KeyRelease, Qt::Key_Shift, selecting, idle);
+void GISliceSegmentationEditor::connectStates()
+{
+    // There is no way from dragging to selecting or back: whoever holds both keys stays where the
+    // first one led.
+    auto* const idleToDragging = new KeyEventTransition(this, QEvent::KeyPress, Qt::Key_Control,
+                                                        m_idleState, m_draggingState);
+    auto* const draggingToIdle = new KeyEventTransition(this, QEvent::KeyRelease, Qt::Key_Control,
+                                                        m_draggingState, m_idleState);
+    auto* const idleToSelecting = new KeyEventTransition(this, QEvent::KeyPress, Qt::Key_Shift,
+                                                         m_idleState, m_selectingState);
+    auto* const selectingToIdle = new KeyEventTransition(this, QEvent::KeyRelease, Qt::Key_Shift,
+                                                         m_selectingState, m_idleState);
     KELP_CONNECT(sourcePath,
                  connect(idleToDragging, SIGNAL(triggered()), this, SLOT(stopInteraction())));
     KELP_CONNECT(sourcePath,
@@ -67,6 +75,7 @@ void GISliceSegmentationEditor::buildStates()
 
 void GISliceSegmentationEditor::stopInteraction()
 {
+    m_stroke = false;
     setInteractive(false);
 }
 
@@ -99,6 +108,7 @@ void GISliceSegmentationEditor::deselectCurrentItem()
         kelp::Trace() << "GISliceSegmentationEditor::deselectCurrentItem m_selectedSegLayerIndex "
                          "out of bounds";
     }
+    m_stroke = false;
     m_selecting = true;
 }
 
@@ -150,13 +160,18 @@ void GISliceSegmentationEditor::highlightClosestLayer(const QPointF& point)
                       << m_currentImgIndex;
         return;
     }
+    const int closest = closestVisibleLayer(point);
     if (isSelectedLayerValid()) {
-        selectedObject()->removeHighlight();
+        const GIObjectPtr selected = selectedObject();
+        if (closest == m_selectedSegLayerIndex && selected->graphicsEffect()) {
+            // Another glow in place of the same one would be drawn anew for every mouse move.
+            return;
+        }
+        selected->removeHighlight();
     } else {
         kelp::Trace() << "GISliceSegmentationEditor::highlightingClosestLayer with "
                       << "invalid m_selectedSegLayerIndex: " << m_selectedSegLayerIndex;
     }
-    const int closest = closestVisibleLayer(point);
     if (closest < getSliceObjects(m_currentImgIndex).size()) {
         m_selectedSegLayerIndex = closest;
         selectedObject()->highlight();
@@ -165,14 +180,23 @@ void GISliceSegmentationEditor::highlightClosestLayer(const QPointF& point)
 
 void GISliceSegmentationEditor::setSegmentation(const OCTScanSegPtr& segmentation)
 {
+    // What was changed so far belongs to the segmentation that goes.
+    tellEdited();
+    m_stroke = false;
     m_selectedSegLayerIndex = -1;
     GISliceSegmentationViewer::setSegmentation(segmentation);
 }
 
 void GISliceSegmentationEditor::setActiveSlice(int index)
 {
+    // A stroke does not go on from one slice to the next, and a highlight does not stay behind.
+    m_stroke = false;
+    if (m_selecting && isSelectedLayerValid()) {
+        selectedObject()->removeHighlight();
+    }
     GISliceSegmentationViewer::setActiveSlice(index);
-    if (isSliceValid(index) && isSelectedLayerValid()) {
+    // While a layer is being picked none is active: the release of the key activates it.
+    if (isSliceValid(index) && isSelectedLayerValid() && !m_selecting) {
         selectedObject()->setActive(true);
     }
 }
@@ -198,6 +222,12 @@ void GISliceSegmentationEditor::tellEdited()
 
 void GISliceSegmentationEditor::mousePressEvent(QMouseEvent* event)
 {
+    // The overlays do not know the buttons; a slip on another one is not to redraw a layer.
+    if (event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    m_stroke = isInteractive() && !m_selecting;
     GISliceSegmentationViewer::mousePressEvent(event);
 }
 
@@ -209,7 +239,13 @@ void GISliceSegmentationEditor::mouseDoubleClickEvent(QMouseEvent* event)
 
 void GISliceSegmentationEditor::mouseMoveEvent(QMouseEvent* event)
 {
-    GISliceSegmentationViewer::mouseMoveEvent(event);
+    if (isMousePressed() && !m_stroke) {
+        // The button went down elsewhere or for something else, so that an overlay would draw from
+        // wherever its last stroke ended.
+        QGraphicsView::mouseMoveEvent(event);
+    } else {
+        GISliceSegmentationViewer::mouseMoveEvent(event);
+    }
     if (m_selecting) {
         highlightClosestLayer(mapToScene(event->pos()));
     }
@@ -217,7 +253,12 @@ void GISliceSegmentationEditor::mouseMoveEvent(QMouseEvent* event)
 
 void GISliceSegmentationEditor::mouseReleaseEvent(QMouseEvent* event)
 {
+    if (event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
     GISliceSegmentationViewer::mouseReleaseEvent(event);
+    m_stroke = false;
     tellEdited();
 }
 
@@ -230,9 +271,12 @@ void GISliceSegmentationEditor::releaseKey(int key)
 void GISliceSegmentationEditor::focusOutEvent(QFocusEvent* event)
 {
     // The keys' release goes elsewhere from now on; without it the editor would stay in its state.
-    // Where a key is not held, no transition waits for it.
-    releaseKey(Qt::Key_Shift);
-    releaseKey(Qt::Key_Control);
+    if (m_selectingState->active()) {
+        releaseKey(Qt::Key_Shift);
+    }
+    if (m_draggingState->active()) {
+        releaseKey(Qt::Key_Control);
+    }
     GISliceSegmentationViewer::focusOutEvent(event);
 }
 

@@ -52,7 +52,9 @@ private slots:
     void noteEdit();
 
 private:
+    QState* makeState(const char* name, Qt::CursorShape cursor, DragMode dragMode);
     void buildStates();
+    void connectStates();
     int closestVisibleLayer(const QPointF& point) const;
     bool isSelectedLayerValid() const;
     /// Null unless an object of the current slice is selected.
@@ -61,8 +63,14 @@ private:
     void tellEdited();
 
     QSharedPointer<QStateMachine> m_stateMachine;
+    // Owned by the machine.
+    QState* m_idleState = nullptr;
+    QState* m_draggingState = nullptr;
+    QState* m_selectingState = nullptr;
     int m_selectedSegLayerIndex = 0;
     bool m_selecting = false;
+    /// From a press of the left button on an editable slice until something else happens.
+    bool m_stroke = false;
     bool m_edited = false;
 };
 

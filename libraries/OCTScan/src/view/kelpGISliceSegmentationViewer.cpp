@@ -198,7 +198,8 @@ void GISliceSegmentationViewer::pageTo(int index)
 
 void GISliceSegmentationViewer::keyPressEvent(QKeyEvent* event)
 {
-    if (event->modifiers() & (Qt::AltModifier | Qt::MetaModifier)) {
+    // With these the keys scroll, or mean something to the main form, such as the next tab.
+    if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
         GISliceViewer::keyPressEvent(event);
         return;
     }

@@ -61,7 +61,8 @@ LayerVisibilityCheckBox::LayerVisibilityCheckBox(const LayerNamePtr& layerName, 
     const QString text = m_layerName->getShortName();
     m_checkBox = new QCheckBox(text, this);
     m_checkBox->setObjectName(m_layerName->getIdentifier());
-    m_checkBox->setToolTip(m_layerName->getLongName());
+    // Not on the check box, whose style sheet would reach the tool tip as well.
+    setToolTip(m_layerName->getLongName());
     m_checkBox->setChecked(m_layerName->isVisibleByDefault());
     m_checkBox->setStyle(new PlainIndicatorStyle(m_checkBox));
     m_checkBox->setStyleSheet(fadingBackground(m_layerName->getColor(), text.length()));

@@ -50,6 +50,7 @@ void GISliceSegmentationViewer::clearOCT()
 {
     removeSegmentation();
     m_segmentation = OCTScanSegPtr();
+    m_layerVisibility.clear();
     removeSlices();
     clear();
 }

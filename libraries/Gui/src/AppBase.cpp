@@ -11,6 +11,7 @@
 #include "QtModuleSelector.h"
 #include "StoreOpening.h"
 #include "kelpCheck.h"
+#include "kelpLog.h"
 #include "kelpSettings.h"
 
 #include <QLocale>
@@ -59,12 +60,40 @@ void showSelection(kelp::MainForm& form)
     form.setScan(current.scan);
 }
 
+enum class EndWish
+{
+    Retry,
+    QuitWithoutSaving,
+    Stay
+};
+
+EndWish askAfterFailedSave(QWidget* parent, const QString& reason)
+{
+    QMessageBox box(QMessageBox::Critical, QStringLiteral("Saving Failed"),
+                    QStringLiteral("The changes could not be saved."), QMessageBox::NoButton,
+                    parent);
+    box.setInformativeText(reason);
+    auto* const retry = box.addButton(QStringLiteral("&Retry"), QMessageBox::AcceptRole);
+    auto* const quit =
+        box.addButton(QStringLiteral("&Quit without saving"), QMessageBox::DestructiveRole);
+    auto* const cancel = box.addButton(QStringLiteral("&Cancel"), QMessageBox::RejectRole);
+    box.setDefaultButton(retry);
+    box.setEscapeButton(cancel);
+    box.exec();
+    if (box.clickedButton() == retry) {
+        return EndWish::Retry;
+    }
+    return box.clickedButton() == quit ? EndWish::QuitWithoutSaving : EndWish::Stay;
+}
+
 } // namespace
 
 AppBase::AppBase(int& argumentCount, char** arguments, AppBaseImpl*, bool, bool)
 {
     kelp::check(!theInstance, {sourcePath, "AppBase::AppBase"}, "There is an application already");
     if (!QCoreApplication::instance()) {
+        QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+        QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
         m_application = std::make_unique<kelp::GuardedApplication>(argumentCount, arguments);
     }
     theInstance = this;
@@ -147,7 +176,13 @@ int AppBase::run()
     m_form->show();
     enterFirstModule();
     kelp::showStoreProblems(m_form.get(), DataIOManager::getProblems());
-    return QApplication::exec();
+    m_isRunning = true;
+    const int exitCode = QApplication::exec();
+    m_isRunning = false;
+    if (!m_isClosed) {
+        saveAfterForcedEnd();
+    }
+    return exitCode;
 }
 
 void AppBase::enterFirstModule()
@@ -276,41 +311,36 @@ bool AppBase::prepareToClose()
 {
     const int open = m_modules->current();
     m_modules->leave();
-    if (saveAtEnd()) {
-        return true;
+    if (!saveAtEnd()) {
+        m_modules->enter(open);
+        return false;
     }
-    m_modules->enter(open);
-    return false;
+    m_isClosed = true;
+    if (m_isRunning) {
+        // Whatever other windows are still there.
+        QCoreApplication::quit();
+    }
+    return true;
 }
 
 bool AppBase::saveAtEnd()
 {
-    // The question below tells the reason; no box before it.
-    m_saver->blockSignals(true);
-    bool isSaved = m_saver->save(kelp::PatientSaver::InPassing);
-    m_saver->blockSignals(false);
-    showSaveState();
-    while (!isSaved) {
-        QMessageBox box(QMessageBox::Critical, QStringLiteral("Saving Failed"),
-                        QStringLiteral("The changes could not be saved."), QMessageBox::NoButton,
-                        m_form.get());
-        box.setInformativeText(m_saver->failure());
-        auto* const retry = box.addButton(QStringLiteral("&Retry"), QMessageBox::AcceptRole);
-        auto* const quit =
-            box.addButton(QStringLiteral("&Quit without saving"), QMessageBox::DestructiveRole);
-        auto* const cancel = box.addButton(QStringLiteral("&Cancel"), QMessageBox::RejectRole);
-        box.setDefaultButton(retry);
-        box.setEscapeButton(cancel);
-        box.exec();
-        if (box.clickedButton() != retry) {
-            return box.clickedButton() == quit;
+    while (!m_saver->save(kelp::PatientSaver::CallerTells)) {
+        const EndWish wish = askAfterFailedSave(m_form.get(), m_saver->failure());
+        if (wish != EndWish::Retry) {
+            return wish == EndWish::QuitWithoutSaving;
         }
-        m_saver->blockSignals(true);
-        isSaved = m_saver->save(kelp::PatientSaver::InPassing);
-        m_saver->blockSignals(false);
-        showSaveState();
     }
     return true;
+}
+
+void AppBase::saveAfterForcedEnd()
+{
+    m_modules->leave();
+    if (!m_saver->save(kelp::PatientSaver::CallerTells)) {
+        kelp::Log::getInstance(sourcePath, "AppBase::run", __LINE__)
+            << "Changes could not be saved: " << m_saver->failure();
+    }
 }
 
 #include "moc_AppBase.cpp"

@@ -88,6 +88,7 @@ private slots:
 private:
     bool prepareToClose();
     bool saveAtEnd();
+    void saveAfterForcedEnd();
     void enterFirstModule();
 
     std::unique_ptr<QApplication> m_application;
@@ -95,4 +96,6 @@ private:
     std::unique_ptr<kelp::MainForm> m_form;
     std::unique_ptr<kelp::ModuleSwitcher> m_modules;
     std::unique_ptr<kelp::ProgressDisplay> m_progress;
+    bool m_isRunning = false;
+    bool m_isClosed = false;
 };

@@ -1,5 +1,6 @@
 #include "HintOverlay.h"
 
+#include <QAbstractScrollArea>
 #include <QEvent>
 
 namespace kelp {
@@ -19,9 +20,14 @@ HintOverlay::HintOverlay(QWidget* target) : QLabel(target)
     setTextFormat(Qt::PlainText);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
-    // Not the role of placeholder texts: default palettes give it a brush that draws nothing.
+    // Opaque, so that it can be read over a viewer's own background. Not in the role of
+    // placeholder texts: default palettes give it a brush that draws nothing.
+    const bool isInView = qobject_cast<QAbstractScrollArea*>(target) != nullptr;
+    setBackgroundRole(isInView ? QPalette::Base : QPalette::Window);
+    setForegroundRole(isInView ? QPalette::Text : QPalette::WindowText);
+    setAutoFillBackground(true);
     target->installEventFilter(this);
-    setGeometry(target->rect());
+    setGeometry(target->contentsRect());
     hide();
 }
 
@@ -35,7 +41,7 @@ void HintOverlay::setHint(const QString& hint)
 bool HintOverlay::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == parent() && event->type() == QEvent::Resize) {
-        setGeometry(parentWidget()->rect());
+        setGeometry(parentWidget()->contentsRect());
     } else if (watched == parent() && event->type() == QEvent::ChildAdded) {
         // A child that came later must not cover the hint.
         raise();

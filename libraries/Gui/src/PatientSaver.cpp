@@ -73,7 +73,7 @@ bool PatientSaver::save(Occasion occasion)
         m_toldReasons.clear();
     }
     emit stateChanged();
-    if (!failures.isEmpty() && (isNew || occasion == AtRequest)) {
+    if (occasion == AtRequest ? !failures.isEmpty() : isNew && occasion == InPassing) {
         emit saveFailed(m_failure);
     }
     return m_marked.isEmpty();

@@ -23,8 +23,9 @@ public:
     using Store = std::function<CaError(const DataPointer<Patient>&)>;
     enum Occasion
     {
-        InPassing, ///< a failure is told only when its reason is new
-        AtRequest  ///< a failure is told every time
+        InPassing,   ///< a failure is told only when its reason is new
+        AtRequest,   ///< a failure is told every time
+        CallerTells, ///< a failure is not told here
     };
 
     explicit PatientSaver(const Store& store);

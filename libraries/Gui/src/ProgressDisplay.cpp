@@ -2,6 +2,8 @@
 
 #include "AppBase.h"
 
+#include <QCoreApplication>
+
 namespace kelp {
 
 ProgressDisplay::ProgressDisplay()
@@ -29,6 +31,9 @@ void ProgressDisplay::open(const QString& text, int steps)
     m_dialog->setAutoClose(false);
     m_dialog->setMinimumDuration(0);
     m_dialog->setValue(0);
+    m_dialog->show();
+    // The first step may be a long one.
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 void ProgressDisplay::step()

@@ -131,16 +131,17 @@ void DialogDriver::click(QWidget& parent, const QString& buttonText)
 void DialogDriver::look()
 {
     auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    // Forget dialogs that are gone: their address may be used again.
-    for (auto answered = m_answered.begin(); answered != m_answered.end();) {
-        const bool alive =
-            QApplication::topLevelWidgets().contains(*answered) && (*answered)->isVisible();
-        answered = alive ? std::next(answered) : m_answered.erase(answered);
-    }
     if (!dialog || !dialog->isVisible() || m_answered.contains(dialog)) {
         return;
     }
     m_answered.insert(dialog);
+    // The next one may stand at the same address.
+    KELP_CONNECT(
+        "libraries/GuiTest/src/DialogDriver",
+        connect(dialog, SIGNAL(finished(int)), this, SLOT(forget()), Qt::UniqueConnection));
+    KELP_CONNECT(
+        "libraries/GuiTest/src/DialogDriver",
+        connect(dialog, SIGNAL(destroyed(QObject*)), this, SLOT(forget()), Qt::UniqueConnection));
     if (const auto* const box = qobject_cast<QMessageBox*>(dialog)) {
         m_messages.append(box->windowTitle() + QStringLiteral(": ") + box->text());
     }
@@ -151,6 +152,11 @@ void DialogDriver::look()
     // The answer may open further dialogs, which want further answers meanwhile.
     const Answer answer = m_answers.takeFirst();
     answer(*dialog);
+}
+
+void DialogDriver::forget()
+{
+    m_answered.remove(sender());
 }
 
 void DialogDriver::answerUnexpected(QDialog& dialog)

@@ -50,12 +50,13 @@ public:
 
 private slots:
     void look();
+    void forget();
 
 private:
     void answerUnexpected(QDialog& dialog);
 
     QTimer m_timer;
     QList<Answer> m_answers;
-    QSet<QDialog*> m_answered;
+    QSet<QObject*> m_answered;
     QStringList m_messages;
 };

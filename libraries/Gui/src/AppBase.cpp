@@ -175,14 +175,20 @@ int AppBase::run()
     m_form->restorePlace();
     m_form->show();
     enterFirstModule();
-    kelp::showStoreProblems(m_form.get(), DataIOManager::getProblems());
     m_isRunning = true;
+    // From inside the event loop, so that the program can be ended while its box is open.
+    QMetaObject::invokeMethod(this, "tellStoreProblems", Qt::QueuedConnection);
     const int exitCode = QApplication::exec();
     m_isRunning = false;
     if (!m_isClosed) {
         saveAfterForcedEnd();
     }
     return exitCode;
+}
+
+void AppBase::tellStoreProblems()
+{
+    kelp::showStoreProblems(m_form.get(), DataIOManager::getProblems());
 }
 
 void AppBase::enterFirstModule()

@@ -84,6 +84,7 @@ private slots:
     void showSaveState();
     void tellSaveFailure(const QString& reason);
     void rememberModule(int index);
+    void tellStoreProblems();
 
 private:
     bool prepareToClose();

@@ -23,6 +23,8 @@ void checkConnected(bool connected, const char* expression, const char* sourcePa
     const QString text =
         QString("Assertion %1 failed in %2 at line %3").arg(expression, sourcePath).arg(line);
     Trace() << text;
+    // Where this comes from a destructor, nothing runs after the throw.
+    Trace::flush();
     throw WatchdogException(text);
 }
 

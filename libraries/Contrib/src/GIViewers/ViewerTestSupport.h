@@ -1,0 +1,89 @@
+#pragma once
+
+#include "kelpGIObject.h"
+#include "kelpImage.h"
+
+#include <QCoreApplication>
+#include <QGraphicsScene>
+#include <QGraphicsView>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace viewertest {
+
+/// One grey all over.
+inline kelp::ImagePtr makeImage(int width, int height, double spacingX = 1.0, double spacingY = 1.0,
+                                int depth = 1)
+{
+    constexpr unsigned char grey = 90;
+    const kelp::ImagePtr image =
+        kelp::Image::create(kelp::MonoUInt8, {width, height, depth}, {spacingX, spacingY, 1.0});
+    std::fill_n(image->pixels<unsigned char>(), image->getNumberOfPixels(), grey);
+    return image;
+}
+
+/// Keeps what it is told, and tells in *deleted when it goes.
+class RecordingObject : public kelp::GIObject
+{
+public:
+    explicit RecordingObject(int* deleted = nullptr) : m_deleted(deleted) {}
+    ~RecordingObject() override
+    {
+        if (m_deleted) {
+            ++*m_deleted;
+        }
+    }
+
+    QRectF boundingRect() const override { return {0.0, 0.0, 4.0, 2.0}; }
+    void paint(QPainter*, const QStyleOptionGraphicsItem*, QWidget*) override {}
+    void mouseDown(const QPointF& point) override { downs.append(point); }
+    void mouseUp(const QPointF& point) override { ups.append(point); }
+    void mouseMove(const QPointF& point) override { moves.append(point); }
+
+    QList<QPointF> downs;
+    QList<QPointF> ups;
+    QList<QPointF> moves;
+
+private:
+    int* m_deleted;
+};
+
+using RecordingObjectPtr = QSharedPointer<RecordingObject>;
+
+inline void show(QWidget& widget, const QSize& size = {400, 300})
+{
+    widget.resize(size);
+    widget.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
+}
+
+/// A move of the mouse with these buttons held, which QTest's own moves do not tell.
+inline void moveMouse(QGraphicsView& view, const QPoint& place,
+                      Qt::MouseButtons buttons = Qt::NoButton)
+{
+    QMouseEvent event(QEvent::MouseMove, place, view.viewport()->mapToGlobal(place), Qt::NoButton,
+                      buttons, Qt::NoModifier);
+    QCoreApplication::sendEvent(view.viewport(), &event);
+}
+
+/// Returns whether the event was taken.
+inline bool turnWheel(QGraphicsView& view, int delta,
+                      Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    const QPoint place = view.viewport()->rect().center();
+    QWheelEvent event(place, view.viewport()->mapToGlobal(place), QPoint(), QPoint(0, delta),
+                      Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(view.viewport(), &event);
+    return event.isAccepted();
+}
+
+inline bool isInScene(const QGraphicsView& view, const kelp::GIObjectPtr& object)
+{
+    return object->scene() == view.scene();
+}
+
+} // namespace viewertest

@@ -1,6 +1,7 @@
 #include "Data.h"
 
 #include "DataTreeNode.h"
+#include "PatientTree.h"
 #include "kelpException.h"
 
 #include <QUuid>
@@ -69,6 +70,11 @@ QString unresolvedKey(const QString& guid)
 Data::Data() : m_guid(QUuid::createUuid().toString(QUuid::WithoutBraces)) {}
 
 Data::~Data() = default;
+
+bool isUriAttribute(const QString& name)
+{
+    return name.startsWith(uriAttributePrefix);
+}
 
 _kelp::StringMixer Data::classId()
 {
@@ -182,7 +188,7 @@ bool Data::loadAttribute(const QString& name, const QString& value)
         m_guid = value;
         return true;
     }
-    if (name.startsWith(uriAttributePrefix)) {
+    if (isUriAttribute(name)) {
         return setUri(name.mid(uriAttributePrefix.size()), kelp::URI(value)) == CaError::nullError;
     }
     return false;

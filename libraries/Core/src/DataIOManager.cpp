@@ -29,6 +29,14 @@ CaError ensureOpen()
     return DataIOManager::isStoreOpen() ? CaError::nullError : DataIOManager::openStore();
 }
 
+QList<DataPointer<Patient>>::iterator findByGuid(const QString& guid)
+{
+    QList<DataPointer<Patient>>& patients = current()->patients;
+    return std::find_if(
+        patients.begin(), patients.end(),
+        [&guid](const DataPointer<Patient>& patient) { return patient->getGUID() == guid; });
+}
+
 QString absoluteFolder(const QString& folder)
 {
     return QDir::cleanPath(
@@ -117,17 +125,37 @@ CaError DataIOManager::storePatient(const DataPointer<Patient>& patient)
     if (error != CaError::nullError) {
         return error;
     }
-    QList<DataPointer<Patient>>& patients = current()->patients;
-    const auto known =
-        std::find_if(patients.begin(), patients.end(), [&](const DataPointer<Patient>& other) {
-            return other->getGUID() == patient->getGUID();
-        });
-    if (known == patients.end()) {
-        patients.append(patient);
+    const auto known = findByGuid(patient->getGUID());
+    if (known == current()->patients.end()) {
+        current()->patients.append(patient);
     } else {
         *known = patient;
     }
     return CaError::nullError;
+}
+
+CaError DataIOManager::readPatientTree(const DataPointer<Patient>& patient, PatientTree& tree)
+{
+    if (!patient || !isStoreOpen()) {
+        return CaError("NullArgument", "There is no patient to read, or no open store.", QString());
+    }
+    return current()->io->readTree(*patient, tree);
+}
+
+CaError DataIOManager::storePatientTree(const PatientTree& tree)
+{
+    CaError error = ensureOpen();
+    if (error != CaError::nullError) {
+        return error;
+    }
+    const auto known = findByGuid(tree.header.getAttribute("GUID"));
+    const bool isNew = known == current()->patients.end();
+    const DataPointer<Patient> patient = isNew ? DataPointer<Patient>(new Patient) : *known;
+    error = current()->io->writeTree(tree, *patient);
+    if (error == CaError::nullError && isNew) {
+        current()->patients.append(patient);
+    }
+    return error;
 }
 
 CaError DataIOManager::removePatient(const DataPointer<Patient>& patient)
@@ -140,12 +168,10 @@ CaError DataIOManager::removePatient(const DataPointer<Patient>& patient)
     if (error != CaError::nullError) {
         return error;
     }
-    QList<DataPointer<Patient>>& patients = current()->patients;
-    patients.erase(std::remove_if(patients.begin(), patients.end(),
-                                  [&](const DataPointer<Patient>& other) {
-                                      return other->getGUID() == patient->getGUID();
-                                  }),
-                   patients.end());
+    const auto known = findByGuid(patient->getGUID());
+    if (known != current()->patients.end()) {
+        current()->patients.erase(known);
+    }
     return CaError::nullError;
 }
 

@@ -25,6 +25,12 @@ public:
     static CaError storePatient(const DataPointer<Patient>& patient);
     static CaError removePatient(const DataPointer<Patient>& patient);
 
+    /// The patient as it would be stored now, into an empty tree.
+    static CaError readPatientTree(const DataPointer<Patient>& patient, PatientTree& tree);
+    /// Stores a patient by its tree. One of its GUID is replaced: the object that getPatientList
+    /// gives for it stays and gets new studies.
+    static CaError storePatientTree(const PatientTree& tree);
+
 private:
     friend class DataTreeIO;
     static DataTreeIO* currentIO();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Patient.h"
+#include "PatientTree.h"
 
 /// Reader and writer of a patient store. The concrete one is made by createXMLDataTreeIOFactory.
 class DataTreeIO
@@ -27,4 +28,10 @@ public:
     virtual CaError savePatient(Patient& patient) = 0;
     virtual CaError loadPatient(Patient& patient) = 0;
     virtual CaError removePatient(const QString& guid) = 0;
+    /// The patient as it would be stored now, into an empty tree. Studies that are not in memory
+    /// come as they are stored, without a look at their items.
+    virtual CaError readTree(Patient& patient, PatientTree& tree) = 0;
+    /// Stores the tree as it stands, in place of the patient that has its GUID, and makes the given
+    /// patient the one that is stored. After a failure the store holds what it held before.
+    virtual CaError writeTree(const PatientTree& tree, Patient& patient) = 0;
 };

@@ -1,1 +1,71 @@
 #include "PatientExchange.h"
+
+#include "ExchangeManifest.h"
+
+#include <QLocale>
+
+namespace kelp::exchange {
+
+namespace {
+
+QString counted(int count, const QString& one, const QString& many)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(count == 1 ? one : many);
+}
+
+QString countedPatients(int count)
+{
+    return counted(count, QStringLiteral("patient"), QStringLiteral("patients"));
+}
+
+/// The first few of a list that may be too long to be read.
+QString shortened(const QStringList& entries, const QString& separator)
+{
+    constexpr int shown = 20;
+    QString text = entries.mid(0, shown).join(separator);
+    if (entries.size() > shown) {
+        text += separator + QStringLiteral("and %1 more").arg(entries.size() - shown);
+    }
+    return text;
+}
+
+} // namespace
+
+QString Report::summary() const
+{
+    const QString comma = QStringLiteral(", ");
+    QStringList lines;
+    const QString carriedFiles = QStringLiteral("%1 (%2)").arg(
+        counted(files, QStringLiteral("file"), QStringLiteral("files")),
+        QLocale().formattedDataSize(bytes));
+    if (isImport) {
+        lines << QStringLiteral("Imported %1 with %2.")
+                     .arg(countedPatients(carried.size() + replaced.size()), carriedFiles);
+    } else if (!carried.isEmpty()) {
+        lines << QStringLiteral("Exported %1 with %2 to\n%3")
+                     .arg(countedPatients(carried.size()), carriedFiles, folder);
+    } else {
+        lines << QStringLiteral("Nothing was exported.");
+    }
+    if (cancelled) {
+        lines << QStringLiteral("Cancelled before the end.");
+    }
+    if (!replaced.isEmpty()) {
+        lines << QStringLiteral("Replaced: %1").arg(shortened(replaced, comma));
+    }
+    if (!present.isEmpty()) {
+        lines << QStringLiteral("There already and left unchanged: %1")
+                     .arg(shortened(present, comma));
+    }
+    if (!problems.isEmpty()) {
+        lines << QStringLiteral("Problems:\n%1").arg(shortened(problems, QStringLiteral("\n")));
+    }
+    return lines.join(QStringLiteral("\n\n"));
+}
+
+bool isExportFolder(const QString& folder)
+{
+    return Manifest::existsIn(folder);
+}
+
+} // namespace kelp::exchange

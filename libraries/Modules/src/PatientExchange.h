@@ -27,6 +27,7 @@ struct Report
     int files = 0;
     qint64 bytes = 0;
     bool cancelled = false;
+    bool isImport = false;
 
     /// What the user reads at the end.
     QString summary() const;
@@ -46,9 +47,10 @@ enum class Present
 };
 using Question = std::function<Present(const Patient& present)>;
 
-/// Reads such a folder into the open store: same ids, GUIDs and content, files below the store's
-/// binary folder. Nothing is overwritten without the question's consent. A patient is stored only
-/// when all its files are there. Throws kelp::IOFailure for a folder that is no export.
+/// Reads such a folder into the open store (the list's own object stands for a replaced patient,
+/// but with new studies): same ids, GUIDs and content, files below the store's binary folder.
+/// Nothing is overwritten without the question's consent. A patient is stored only when all its
+/// files are there. Throws kelp::IOFailure for a folder that is no export.
 Report importPatients(const QString& folder, const Progress& progress, const Question& question);
 
 /// Whether this folder looks like an export.

@@ -19,15 +19,6 @@ QByteArray digestOf(const QByteArray& content)
     return QCryptographicHash::hash(content, QCryptographicHash::Sha256);
 }
 
-/// GUIDs become file names, and stored ones may have been tampered with.
-CaError checkGuid(const QString& guid)
-{
-    if (guid.isEmpty() || guid.startsWith('.') || guid != DataTreeNode::makeIdValid(guid)) {
-        return CaError("InvalidGUID", QString("\"%1\" is no valid GUID.").arg(guid), QString());
-    }
-    return CaError::nullError;
-}
-
 CaError unusable(const QString& folder)
 {
     return CaError("StoreUnusable",
@@ -49,6 +40,14 @@ bool isBefore(const DataPointer<Patient>& a, const DataPointer<Patient>& b)
 }
 
 } // namespace
+
+CaError XMLDataTreeIO::checkGuid(const QString& guid)
+{
+    if (guid.isEmpty() || guid.startsWith('.') || guid != DataTreeNode::makeIdValid(guid)) {
+        return CaError("InvalidGUID", QString("\"%1\" is no valid GUID.").arg(guid), QString());
+    }
+    return CaError::nullError;
+}
 
 CaError XMLDataTreeIO::Files::readTree(const QString& path, DataTreeNode& root)
 {

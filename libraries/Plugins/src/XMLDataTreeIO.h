@@ -25,6 +25,8 @@ public:
     CaError savePatient(Patient& patient) override;
     CaError loadPatient(Patient& patient) override;
     CaError removePatient(const QString& guid) override;
+    CaError readTree(Patient& patient, PatientTree& tree) override;
+    CaError writeTree(const PatientTree& tree, Patient& patient) override;
 
 private:
     /// File access and what it last read or wrote. Shared with the studies whose bodies are still
@@ -39,6 +41,10 @@ private:
         CaError writeTree(const QString& path, const DataTreeNode& root);
     };
 
+    class Undo;
+
+    /// GUIDs become file names, and stored ones may have been tampered with.
+    static CaError checkGuid(const QString& guid);
     static CaError readBody(Files& files, const QString& path, Study& study);
     static CaError checkHeader(const DataTreeNode& header, const QString& path,
                                const QString& guid);
@@ -48,6 +54,9 @@ private:
     CaError readHeader(const QString& guid, DataTreeNode& header) const;
     CaError loadHeader(const QString& guid, Patient& patient) const;
     CaError saveBody(Study& study);
+    CaError readBodyTree(Study& study, DataTreeNode& body);
+    CaError checkTree(const PatientTree& tree, const DataTreeNode& formerHeader) const;
+    CaError writeFiles(const PatientTree& tree, Undo& undo);
     CaError removeStudiesOf(const DataTreeNode& formerHeader, const QStringList& keep);
 
     QString m_folder;

@@ -156,9 +156,9 @@ URI relocated(const URI& uri, const LocatedFile& former, const QString& path)
     }
     const QString encoded = URI::compose(QString(), written).toString().section(':', 1);
     const QString text = uri.toString();
-    const QString scheme = text.section('?', 0, 0).section(':', 0, 0);
-    const int queryMark = text.indexOf('?');
-    return URI(scheme + ':' + encoded + (queryMark < 0 ? QString() : text.mid(queryMark)));
+    const QString query = text.contains('?') ? text.mid(text.indexOf('?')) : QString();
+    const QString beforeQuery = text.left(text.size() - query.size());
+    return URI(beforeQuery.left(beforeQuery.indexOf(':') + 1) + encoded + query);
 }
 
 void rewriteUris(DataTreeNode& root, const std::function<URI(const URI&)>& rewrite)

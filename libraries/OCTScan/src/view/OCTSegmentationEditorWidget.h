@@ -2,6 +2,9 @@
 
 #include "OCTSegmentationViewerWidget.h"
 
+class QLabel;
+class QLayout;
+
 namespace kelp::oct {
 
 /// The viewer widget with an editor in place of the viewer.
@@ -16,6 +19,14 @@ public:
 signals:
     /// The mouse was released after it had changed a layer: the moment to save.
     void segmentationEdited();
+
+private slots:
+    void showSelectedLayer(QString longName);
+
+private:
+    QLayout* makeHintLine();
+
+    QLabel* m_selectedLayer = nullptr;
 };
 
 } // namespace kelp::oct

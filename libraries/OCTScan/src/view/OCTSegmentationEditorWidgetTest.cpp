@@ -55,6 +55,19 @@ TEST_F(SegmentationEditorWidget, TellsHowToPickAndRedrawALayer)
     }
 }
 
+TEST_F(SegmentationEditorWidget, ShowsWhichLayerIsPicked)
+{
+    const auto* const selected = widget.findChild<QLabel*>(QStringLiteral("selectedLayer"));
+    ASSERT_NE(selected, nullptr);
+    EXPECT_EQ(selected->text(), QStringLiteral("No layer picked"));
+    qobject_cast<GISliceSegmentationEditor*>(widget.getViewer())->highlightClosestLayer({1.0, 1.0});
+    EXPECT_EQ(selected->text(), QStringLiteral("Internal Limiting Membrane"));
+    widget.setSegmentation(scene.segmentation);
+    EXPECT_EQ(selected->text(), QStringLiteral("No layer picked"));
+    widget.clearOCT();
+    EXPECT_EQ(selected->text(), QStringLiteral("No layer picked"));
+}
+
 TEST_F(SegmentationEditorWidget, TellsThatALayerWasCorrected)
 {
     widget.show();

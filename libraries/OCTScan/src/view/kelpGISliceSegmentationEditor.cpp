@@ -176,6 +176,7 @@ void GISliceSegmentationEditor::highlightClosestLayer(const QPointF& point)
         m_selectedSegLayerIndex = closest;
         selectedObject()->highlight();
     }
+    tellSelectedLayer();
 }
 
 void GISliceSegmentationEditor::setSegmentation(const OCTScanSegPtr& segmentation)
@@ -185,6 +186,7 @@ void GISliceSegmentationEditor::setSegmentation(const OCTScanSegPtr& segmentatio
     m_stroke = false;
     m_selectedSegLayerIndex = -1;
     GISliceSegmentationViewer::setSegmentation(segmentation);
+    tellSelectedLayer();
 }
 
 void GISliceSegmentationEditor::setActiveSlice(int index)
@@ -199,6 +201,7 @@ void GISliceSegmentationEditor::setActiveSlice(int index)
     if (isSliceValid(index) && isSelectedLayerValid() && !m_selecting) {
         selectedObject()->setActive(true);
     }
+    tellSelectedLayer();
 }
 
 void GISliceSegmentationEditor::overlayMade(LayerSegmentationGI& overlay)
@@ -217,6 +220,16 @@ void GISliceSegmentationEditor::tellEdited()
     if (m_edited) {
         m_edited = false;
         emit segmentationEdited();
+    }
+}
+
+void GISliceSegmentationEditor::tellSelectedLayer()
+{
+    const LayerSegmentationGIPtr overlay = getOverlay(m_currentImgIndex, m_selectedSegLayerIndex);
+    const QString name = overlay ? overlay->getLayer()->getLayerName()->getLongName() : QString();
+    if (name != m_toldLayer) {
+        m_toldLayer = name;
+        emit selectedLayerChanged(name);
     }
 }
 

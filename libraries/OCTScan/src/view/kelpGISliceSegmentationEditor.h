@@ -37,6 +37,9 @@ public slots:
 signals:
     /// The mouse was released after it had changed a layer.
     void segmentationEdited();
+    /// The long name of the layer that is picked or being picked; empty for none. The same place in
+    /// the list can be another layer on another slice.
+    void selectedLayerChanged(QString longName);
 
 protected:
     void overlayMade(LayerSegmentationGI& overlay) override;
@@ -61,6 +64,7 @@ private:
     GIObjectPtr selectedObject() const;
     void releaseKey(int key);
     void tellEdited();
+    void tellSelectedLayer();
 
     QSharedPointer<QStateMachine> m_stateMachine;
     // Owned by the machine.
@@ -72,6 +76,7 @@ private:
     /// From a press of the left button on an editable slice until something else happens.
     bool m_stroke = false;
     bool m_edited = false;
+    QString m_toldLayer;
 };
 
 } // namespace kelp::oct

@@ -1,6 +1,7 @@
 #include "EditorScene.h"
 
 #include <QLineEdit>
+#include <QSignalSpy>
 #include <QWheelEvent>
 
 using kelp::oct::LayerSegmentationGIPtr;
@@ -174,6 +175,24 @@ TEST_F(SegmentationEditor, EditsTheSameLayerOnTheNextSlice)
     EXPECT_EQ(editor.getActiveSlice(), 3);
     EXPECT_TRUE(editor.getOverlay(3, 1)->isActiveObject());
     EXPECT_EQ(activeOverlays(), 1);
+}
+
+TEST_F(SegmentationEditor, TellsTheNameOfTheLayerThatIsPickedOnEverySlice)
+{
+    // With a gap the same place in the list is another layer than without.
+    scene.mask(2, 20, 20);
+    editor.setSegmentation(scene.segmentation);
+    QSignalSpy selected(&editor, SIGNAL(selectedLayerChanged(QString)));
+    QTest::keyPress(&editor, Qt::Key_Shift);
+    hover(30.5, iseRow + 0.5);
+    QTest::keyRelease(&editor, Qt::Key_Shift);
+    ASSERT_EQ(editor.getSelectedLayerIndex(), 3);
+    EXPECT_EQ(selected.last(), QVariantList{QStringLiteral("Inner Segment Elipsoids")});
+    QTest::keyClick(&editor, Qt::Key_Right);
+    EXPECT_EQ(selected.last(), QVariantList{QString()});
+    QTest::keyClick(&editor, Qt::Key_Left);
+    EXPECT_EQ(selected.last(), QVariantList{QStringLiteral("Inner Segment Elipsoids")});
+    EXPECT_EQ(selected.count(), 3);
 }
 
 TEST_F(SegmentationEditor, LeavesNoHighlightBehindAndNothingActiveWhenPagingWhileShiftIsHeld)

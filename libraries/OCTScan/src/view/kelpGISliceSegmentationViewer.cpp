@@ -90,17 +90,16 @@ void GISliceSegmentationViewer::addLayersOfBScan(int bScan)
         kelp::Trace() << "GISliceSegmentationViewer::setSegmentation no image for B-scan " << bScan;
         return;
     }
-    const QSharedPointer<QList<bool>> maskRow = mask->getMaskRow(static_cast<unsigned>(bScan));
-    const std::vector<AScanRun> runs = unmaskedRuns(*maskRow);
+    const std::vector<AScanRun> runs =
+        unmaskedRuns(*mask->getMaskRow(static_cast<unsigned>(bScan)));
+    const int aScans = m_slices[bScan]->getColumns();
     for (const BScanSegmentationLayerPtr& layer : layers) {
-        if (layer->getSize() == maskRow->size()) {
-            addLayer(bScan, layer, runs);
-            continue;
+        if (layer->getSize() != aScans) {
+            kelp::Trace() << "GISliceSegmentationViewer::setSegmentation layer "
+                          << layer->getLayerName()->getIdentifier() << " of B-scan " << bScan
+                          << " has " << layer->getSize() << " A-scans instead of " << aScans;
         }
-        kelp::Trace() << "GISliceSegmentationViewer::setSegmentation layer "
-                      << layer->getLayerName()->getIdentifier() << " of B-scan " << bScan << " has "
-                      << layer->getSize() << " A-scans instead of " << maskRow->size();
-        addLayer(bScan, layer, runsWithin(runs, layer->getSize()));
+        addLayer(bScan, layer, runsWithin(runs, std::min(layer->getSize(), aScans)));
     }
 }
 

@@ -188,6 +188,17 @@ TEST_F(SegmentationViewer, CutsOffALayerThatIsShorterThanTheBScanAndSaysSo)
               1);
 }
 
+TEST_F(SegmentationViewer, CutsOffTheLayersOfAWiderScanAndSaysSo)
+{
+    viewer.setOCT(SegmentationScene::makeScan(5, 30));
+    TraceCatcher trace;
+    viewer.setSegmentation(scene.segmentation);
+    EXPECT_EQ(viewer.getOverlay(1, 0)->getEnd(), 29);
+    EXPECT_EQ(trace.count(QStringLiteral("GISliceSegmentationViewer::setSegmentation layer BM of "
+                                         "B-scan 4 has 40 A-scans instead of 30")),
+              1);
+}
+
 TEST_F(SegmentationViewer, LeavesOutALayerWithNothingInIt)
 {
     const auto layer = scene.layer(1, "ILM");

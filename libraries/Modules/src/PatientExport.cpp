@@ -208,7 +208,7 @@ Report exportPatients(const QList<DataPointer<Patient>>& patients, const QString
                    QStringLiteral("Unfinished_export_%1").arg(QCoreApplication::applicationPid())));
     Exporter exporter(folder.getPath(), progress, patients.size());
     for (const DataPointer<Patient>& patient : patients) {
-        if (!exporter.add(patient)) {
+        if (patient && !exporter.add(patient)) {
             exporter.report.cancelled = true;
             break;
         }

@@ -17,10 +17,25 @@ using kelp::PredefinedTransferfunctions;
 
 constexpr int numberOfMaps = 7;
 
+/// CIE L* of the color, taken as sRGB.
 double lightnessAt(const PredefinedTransferfunctions& function, double value)
 {
-    return 0.2126 * function.getChannel(0)(value) + 0.7152 * function.getChannel(1)(value) +
-           0.0722 * function.getChannel(2)(value);
+    const auto linear = [](double channel) {
+        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+    };
+    const double luminance = 0.2126 * linear(function.getChannel(0)(value)) +
+                             0.7152 * linear(function.getChannel(1)(value)) +
+                             0.0722 * linear(function.getChannel(2)(value));
+    constexpr double linearUpTo = 216.0 / 24389.0;
+    return luminance > linearUpTo ? 116.0 * std::cbrt(luminance) - 16.0
+                                  : luminance * 24389.0 / 27.0;
+}
+
+double hueAt(const PredefinedTransferfunctions& function, double value)
+{
+    return QColor::fromRgbF(function.getChannel(0)(value), function.getChannel(1)(value),
+                            function.getChannel(2)(value))
+        .hueF();
 }
 
 TEST(TransferFunctions, HaveTheNamesOfTheComboBoxInItsOrder)
@@ -49,13 +64,43 @@ TEST(TransferFunctions, StayInsideZeroToOneAndMoveWithoutJumps)
     }
 }
 
+constexpr int steps = 200;
+
 TEST(TransferFunctions, GrowLighterWhereTheTableIsAnOrder)
 {
     for (const ColorMaps map : {ColorMaps::Gray, ColorMaps::Glow, ColorMaps::Temperature}) {
         const PredefinedTransferfunctions function(map);
-        for (int step = 1; step <= 200; ++step) {
-            ASSERT_GT(lightnessAt(function, step / 200.0),
-                      lightnessAt(function, (step - 1) / 200.0))
+        const double perStep = (lightnessAt(function, 1.0) - lightnessAt(function, 0.0)) / steps;
+        EXPECT_GT(perStep * steps, 80.0) << "from dark to light";
+        for (int step = 1; step <= steps; ++step) {
+            // No part of the range is flat: equal differences stay visible.
+            ASSERT_GT(lightnessAt(function, step / 200.0) -
+                          lightnessAt(function, (step - 1) / 200.0),
+                      0.3 * perStep)
+                << static_cast<int>(map) << ' ' << step;
+        }
+    }
+}
+
+TEST(TransferFunctions, BlueRedIsLightestInTheMiddleAndAsDarkAtBothEnds)
+{
+    const PredefinedTransferfunctions function(ColorMaps::BlueRed);
+    for (int step = 1; step <= steps; ++step) {
+        const double change =
+            lightnessAt(function, step / 200.0) - lightnessAt(function, (step - 1) / 200.0);
+        ASSERT_GT(step <= steps / 2 ? change : -change, 0.1) << step;
+    }
+    EXPECT_NEAR(lightnessAt(function, 0.0), lightnessAt(function, 1.0), 1.0);
+}
+
+TEST(TransferFunctions, RainbowsRunThroughTheHuesInOrder)
+{
+    for (const ColorMaps map : {ColorMaps::Rainbow, ColorMaps::RainbowLight}) {
+        const PredefinedTransferfunctions function(map);
+        EXPECT_NEAR(hueAt(function, 0.0), 240.0 / 360.0, 1e-4);
+        EXPECT_NEAR(hueAt(function, 1.0), 0.0, 1e-4);
+        for (int step = 1; step <= steps; ++step) {
+            ASSERT_LT(hueAt(function, step / 200.0), hueAt(function, (step - 1) / 200.0))
                 << static_cast<int>(map) << ' ' << step;
         }
     }

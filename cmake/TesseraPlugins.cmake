@@ -15,7 +15,7 @@ foreach(kind imageformats platforms platforminputcontexts xcbglintegrations)
     if(EXISTS "${plugin_folder}/${kind}")
         list(APPEND copy_commands COMMAND ${CMAKE_COMMAND} -E copy_directory
             "${plugin_folder}/${kind}" "${TESSERA_PLUGIN_FOLDER}/${kind}")
-        install(DIRECTORY "${plugin_folder}/${kind}" DESTINATION bin/plugins)
+        install(DIRECTORY "${plugin_folder}/${kind}" DESTINATION "${TESSERA_PROGRAM_FOLDER}/plugins")
     endif()
 endforeach()
 file(GLOB plugin_files "${plugin_folder}/imageformats/*.so" "${plugin_folder}/platforms/*.so")

@@ -5,6 +5,8 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+# Where the programs go when installed, with Qt's plug-ins beside them. The folder bin has links.
+set(TESSERA_PROGRAM_FOLDER lib/tessera)
 
 add_library(TesseraOptions INTERFACE)
 # Results are compared bit for bit with independent computations, so the compiler must not fuse or
@@ -38,6 +40,15 @@ function(tessera_program name)
     add_executable(${name} ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     target_link_libraries(${name} PRIVATE TesseraOptions ${ARG_LIBRARIES})
+endfunction()
+
+# tessera_install_program(NAME): puts the program in place, and a link to it into bin.
+function(tessera_install_program name)
+    install(TARGETS ${name} DESTINATION "${TESSERA_PROGRAM_FOLDER}")
+    set(link "${CMAKE_BINARY_DIR}/links/${name}")
+    file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/links")
+    file(CREATE_LINK "../${TESSERA_PROGRAM_FOLDER}/${name}" "${link}" SYMBOLIC)
+    install(FILES "${link}" DESTINATION bin)
 endfunction()
 
 # tessera_test(NAME SOURCES ... LIBRARIES ... [TIMEOUT seconds]): one test program, one entry of

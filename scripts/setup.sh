@@ -8,6 +8,8 @@ packages=(
     cmake ninja-build g++
     # libraries
     qtbase5-dev qtbase5-dev-tools qt5-image-formats-plugins libnlopt-dev libnlopt-cxx-dev
+    # packaging: finds out what the programs depend on
+    dpkg-dev
     # fonts for the labels in pictures
     fontconfig fonts-dejavu-core
     # tests: virtual X server, test library, independent maximum flow, formatting and static checks

@@ -1,16 +1,21 @@
 #include "ApplicationAssembly.h"
 
+#include "ActiveDataItems.h"
 #include "AppBase.h"
 #include "DataFactory.h"
 #include "LoadingInteraction.h"
+#include "OCTAutoSegmentationModule.h"
 #include "OCTDecoderHeidelbergXML.h"
+#include "OCTHelpModule.h"
+#include "OCTManualSegmentationModule.h"
+#include "OCTMeasurementModule.h"
 #include "OCTScan.h"
 #include "QtModuleTabSelector.h"
 #include "QtPMModule.h"
 #include "StorePlugins.h"
 #include "kelpTrace.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QLocale>
 #include <QResource>
@@ -41,6 +46,8 @@ void limitLibraryPaths()
 void identify(AppBase& application)
 {
     makeIconsKnown();
+    // What ties the window to its entry in the desktop's menu.
+    QGuiApplication::setDesktopFileName(QStringLiteral("tessera"));
     const QResource resource(QStringLiteral(":/icon/iconTessera48.png"), QLocale());
     const QIcon icon(resource.absoluteFilePath());
     application.setApplicationIdentification(QStringLiteral("Tessera App"), icon,
@@ -70,6 +77,17 @@ void assembleApplication(AppBase& application)
     application.setModuleSelector(
         new QtModuleTabSelector(QtModuleSelector::Top, true, false, true, true));
     application.addModule(new QtPMModule);
+    // Shared by the three tabs that work on one scan, for as long as the program runs.
+    static auto* const activeDataItems = new ActiveDataItems;
+    application.addModule(
+        new OCTAutoSegmentationModule(activeDataItems, QStringLiteral("OCT Auto-Segmentation")));
+    application.addModule(new OCTManualSegmentationModule(
+        activeDataItems, QStringLiteral("OCT Manual Segmentation")));
+    application.addModule(
+        new OCTMeasurementModule(activeDataItems, QStringLiteral("OCT Measurement")));
+    const QString help = QStringLiteral("OCT Help");
+    application.addModule(new OCTHelpModule(help));
+    application.setHelpModule(help);
 }
 
 } // namespace kelp::oct

@@ -2,11 +2,11 @@
 
 #include "LayerDistributionUtils.h"
 #include "MaskFile.h"
-#include "SignalWatch.h"
 #include "Startup.h"
 #include "Supervisor.h"
 #include "kelpException.h"
 #include "kelpFileWriter.h"
+#include "kelpSignalWatch.h"
 #include "kelpTrace.h"
 
 #include <QCoreApplication>

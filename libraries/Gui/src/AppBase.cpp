@@ -13,6 +13,7 @@
 #include "kelpCheck.h"
 #include "kelpLog.h"
 #include "kelpSettings.h"
+#include "kelpSignalWatch.h"
 
 #include <QLocale>
 #include <QMessageBox>
@@ -169,6 +170,8 @@ void AppBase::setHelpModule(const QString& name)
 
 int AppBase::run()
 {
+    // An end of the session, or Ctrl+C in the console, loses nothing.
+    const kelp::SignalWatch signalWatch([] { QCoreApplication::quit(); });
     if (!kelp::openStoreOrAsk(nullptr)) {
         return 1;
     }

@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-namespace kelp::command {
+namespace kelp {
 
 /// Brings SIGINT, SIGTERM and SIGHUP into the event loop. The first one is told; a second one ends
 /// the process at once.
@@ -30,4 +30,4 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
-} // namespace kelp::command
+} // namespace kelp

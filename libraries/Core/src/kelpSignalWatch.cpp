@@ -1,4 +1,4 @@
-#include "SignalWatch.h"
+#include "kelpSignalWatch.h"
 
 #include "kelpCheck.h"
 #include "kelpException.h"
@@ -9,11 +9,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace kelp::command {
+namespace kelp {
 
 namespace {
 
-constexpr const char* sourcePath = "src/tesseraSegment/SignalWatch";
+constexpr const char* sourcePath = "libraries/Core/src/kelpSignalWatch";
 constexpr int watchedSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 // All that a signal handler may touch.
@@ -77,4 +77,6 @@ void SignalWatch::signalArrived()
     m_interrupted();
 }
 
-} // namespace kelp::command
+} // namespace kelp
+
+#include "moc_kelpSignalWatch.cpp"

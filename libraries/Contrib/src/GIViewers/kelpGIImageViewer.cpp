@@ -16,6 +16,12 @@ namespace {
 
 constexpr const char* sourcePath = "libraries/Contrib/src/GIViewers/kelpGIImageViewer";
 
+/// An image that does not know its spacing is shown all the same.
+double usableSpacing(double spacing)
+{
+    return spacing > 0.0 ? spacing : 1.0;
+}
+
 std::pair<double, double> scaleOf(const QTransform& transform)
 {
     return {transform.m11(), transform.m22()};
@@ -54,8 +60,8 @@ void GIImageViewer::setImage(ConstImagePtr image, bool fit)
     m_pixmapItem = scene()->addPixmap(QPixmap::fromImage(ImageConverters::makeQImage(m_image)));
     guard(m_pixmapItem);
 
-    m_spacingX = m_image->getSpacing().x;
-    m_spacingY = m_image->getSpacing().y;
+    m_spacingX = usableSpacing(m_image->getSpacing().x);
+    m_spacingY = usableSpacing(m_image->getSpacing().y);
     constexpr double halfPixel = 0.5;
     m_pixmapItem->setOffset(-halfPixel, -halfPixel);
     m_pixmapItem->setZValue(-1.0);

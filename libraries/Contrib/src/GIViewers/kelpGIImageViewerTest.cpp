@@ -4,6 +4,8 @@
 
 #include <QSignalSpy>
 
+#include <limits>
+
 Q_DECLARE_METATYPE(kelp::ConstImagePtr)
 
 namespace {
@@ -56,6 +58,17 @@ TEST(GIImageViewer, PixelCentresStandAtMultiplesOfTheSpacing)
     EXPECT_DOUBLE_EQ(rect.height(), 2.0);
     ASSERT_EQ(viewer.items().size(), 2) << "image and guard";
     EXPECT_EQ(viewer.scene()->items(Qt::AscendingOrder).front()->zValue(), -1.0);
+}
+
+TEST(GIImageViewer, ShowsAnImageWithoutSpacingPixelByPixel)
+{
+    GIImageViewer viewer;
+    viewer.setImage(makeImage(100, 50, 0.0, std::numeric_limits<double>::quiet_NaN()));
+    show(viewer);
+    EXPECT_EQ(viewer.getImageScale(), std::make_pair(1.0, 1.0));
+    EXPECT_GT(viewer.getZoom(), 1.0);
+    viewer.setZoom(2.0);
+    EXPECT_EQ(viewer.getViewScale(), std::make_pair(2.0, 2.0));
 }
 
 TEST(GIImageViewer, ShowsAnImageOfAnisotropicSpacingAtTrueProportions)

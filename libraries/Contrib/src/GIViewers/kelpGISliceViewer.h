@@ -56,7 +56,8 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
 
-    bool isSliceValid(int index) const { return index >= 0 && index < m_slices.size(); }
+    /// Whether there is an image of this index.
+    bool isSliceValid(int index) const { return !m_slices.value(index).isNull(); }
 
     QList<ImagePtr> m_slices;
     int m_currentImgIndex = -1;

@@ -107,6 +107,21 @@ TEST(GISliceViewer, AnIndexOutsideShowsNothing)
     EXPECT_TRUE(object->isVisible());
 }
 
+TEST(GISliceViewer, ASliceWithoutImageShowsNothing)
+{
+    GISliceViewer viewer;
+    QList<kelp::ImagePtr> slices = makeSlices(2);
+    slices[1].reset();
+    viewer.setSlices(slices);
+    viewer.setActiveSlice(1);
+    EXPECT_EQ(viewer.getActiveSlice(), -1);
+    viewer.setXHintLine(3);
+    viewer.setYHintLine(3);
+    EXPECT_FALSE(viewer.getYHintLine().isVisible());
+    viewer.setActiveSlice(0);
+    EXPECT_EQ(viewer.getActiveSlice(), 0);
+}
+
 TEST(GISliceViewer, KeepsZoomAndPlaceWhileTheUserPages)
 {
     GISliceViewer viewer;

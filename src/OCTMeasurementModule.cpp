@@ -3,6 +3,7 @@
 #include "MeasurementWidget.h"
 #include "OCTMeasurementViewer.h"
 #include "OCTScanControlWidget.h"
+#include "kelpCheck.h"
 #include "kelpTrace.h"
 
 #include <QHBoxLayout>
@@ -27,11 +28,19 @@ OCTMeasurementModule::~OCTMeasurementModule()
     delete m_controlWidget;
 }
 
+MeasurementWidget& OCTMeasurementModule::measurementWidget() const
+{
+    check(!m_measurementWidget.isNull(),
+          {"src/OCTMeasurementModule", "kelp::oct::OCTMeasurementModule::measurementWidget"},
+          "There is no measurement widget.");
+    return *m_measurementWidget;
+}
+
 void OCTMeasurementModule::setOCTScan(OCTScanPtr scan)
 {
     Trace() << "OCTMeasurementModule::setOCTScan";
     step("Setting the OCT failed:\n", "Error Setting the OCT in the viewer",
-         [&] { m_measurementWidget->setOCT(scan); });
+         [&] { measurementWidget().setOCT(scan); });
 }
 
 void OCTMeasurementModule::setOCTScanSegmentation(OCTScanSegPtr segmentation)
@@ -48,14 +57,14 @@ void OCTMeasurementModule::setOCTScanSegmentation(OCTScanSegPtr segmentation)
     }
     step("Loading the OCT failed:\n", "Error loading the OCT", [&] { scan->ensureLoaded(); });
     step("Setting the segmentation failed:\n", "Error Setting the segmentation in the viewer",
-         [&] { m_measurementWidget->setSegmentation(segmentation); });
+         [&] { measurementWidget().setSegmentation(segmentation); });
 }
 
 void OCTMeasurementModule::clearOCT()
 {
     Trace() << "OCTMeasurementModule::clearOCT()";
     step("Removing the OCT from the viewer failed:\n", "Error Removing the OCT from the viewer",
-         [this] { m_measurementWidget->clearOCT(); });
+         [this] { measurementWidget().clearOCT(); });
 }
 
 } // namespace kelp::oct

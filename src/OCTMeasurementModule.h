@@ -23,6 +23,9 @@ public slots:
     void clearOCT() override;
 
 private:
+    /// Throws kelp::Assertion where it could not be made.
+    MeasurementWidget& measurementWidget() const;
+
     QPointer<QWidget> m_mainWidget;
     QPointer<MeasurementWidget> m_measurementWidget;
 };

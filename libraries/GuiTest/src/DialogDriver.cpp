@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QTest>
 
@@ -104,6 +105,11 @@ void DialogDriver::expectFileDialog(const QString& path)
     });
 }
 
+void DialogDriver::expectMenu(const QString& entry)
+{
+    m_menuEntries.append(entry);
+}
+
 QAbstractButton* DialogDriver::findButton(QWidget& parent, const QString& text)
 {
     for (auto* const button : parent.findChildren<QAbstractButton*>()) {
@@ -128,8 +134,33 @@ void DialogDriver::click(QWidget& parent, const QString& buttonText)
     QTest::mouseClick(button, Qt::LeftButton);
 }
 
+void DialogDriver::chooseMenuEntry()
+{
+    auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    if (!menu || !menu->isVisible() || m_menuEntries.isEmpty()) {
+        return;
+    }
+    const QString wanted = m_menuEntries.takeFirst();
+    QStringList texts;
+    for (QAction* const action : menu->actions()) {
+        if (withoutMnemonic(action->text()) == wanted) {
+            EXPECT_TRUE(action->isEnabled()) << plain(wanted);
+            QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
+                              menu->actionGeometry(action).center());
+            return;
+        }
+        texts.append(action->text());
+    }
+    ADD_FAILURE() << "no menu entry \"" << plain(wanted)
+                  << "\" among: " << plain(texts.join(QStringLiteral(", ")));
+    menu->close();
+}
+
 void DialogDriver::look()
 {
+    // A timer does not fire again while its slot runs, and an answer may wait in a further dialog.
+    m_timer.start(lookIntervalMs);
+    chooseMenuEntry();
     auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
     if (!dialog || !dialog->isVisible() || m_answered.contains(dialog)) {
         return;

@@ -38,8 +38,11 @@ public:
     /// A file dialog: types the path and accepts; an empty path cancels.
     void expectFileDialog(const QString& path);
 
+    /// The next menu that pops up: clicks the entry of this text.
+    void expectMenu(const QString& entry);
+
     /// Expectations not met yet.
-    int pending() const { return m_answers.size(); }
+    int pending() const { return m_answers.size() + m_menuEntries.size(); }
     /// "title: text" of all message boxes seen.
     const QStringList& messages() const { return m_messages; }
 
@@ -54,9 +57,11 @@ private slots:
 
 private:
     void answerUnexpected(QDialog& dialog);
+    void chooseMenuEntry();
 
     QTimer m_timer;
     QList<Answer> m_answers;
+    QStringList m_menuEntries;
     QSet<QObject*> m_answered;
     QStringList m_messages;
 };

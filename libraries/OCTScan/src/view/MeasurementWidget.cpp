@@ -67,19 +67,27 @@ void MeasurementWidget::setOCT(OCTScanPtr oct)
 {
     check(!oct.isNull(), {sourcePath, "kelp::oct::MeasurementWidget::setOCT"}, "OCT scan is null.");
     m_viewer->setOCT(oct);
+    if (m_viewer->getSegmentation().isNull()) {
+        clearLayerBoxes();
+    }
     updateNote();
-    updateMeasurementsTable();
+    measureIfPossible();
 }
 
 void MeasurementWidget::clearOCT()
 {
     m_viewer->clearOCT();
+    clearLayerBoxes();
+    updateNote();
+    updateMeasurementsTable();
+}
+
+void MeasurementWidget::clearLayerBoxes()
+{
     for (QComboBox* const box : {m_topLayerBox, m_bottomLayerBox}) {
         const QSignalBlocker blocker(box);
         box->clear();
     }
-    updateNote();
-    updateMeasurementsTable();
 }
 
 void MeasurementWidget::updateView()
@@ -250,13 +258,16 @@ void MeasurementWidget::showColors()
 
 void MeasurementWidget::foveaMoved(CoordOnLocalizer)
 {
-    const OCTScanSegPtr segmentation = m_viewer->getSegmentation();
-    if (segmentation.isNull() || !missingLayers(*segmentation).isEmpty()) {
-        // The note tells why there are no figures.
-        return;
-    }
     guarded(this, QStringLiteral("Measuring the thicknesses failed:\n"),
-            QStringLiteral("Error Measuring the Thicknesses"), [&] { updateMeasurementsTable(); });
+            QStringLiteral("Error Measuring the Thicknesses"), [this] { measureIfPossible(); });
+}
+
+void MeasurementWidget::measureIfPossible()
+{
+    const OCTScanSegPtr segmentation = m_viewer->getSegmentation();
+    if (segmentation.isNull() || missingLayers(*segmentation).isEmpty()) {
+        updateMeasurementsTable();
+    }
 }
 
 void MeasurementWidget::updateMeasurementsTable()

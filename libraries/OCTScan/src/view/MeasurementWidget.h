@@ -74,6 +74,9 @@ private:
     void renderGuarded(Step&& step);
     void fillLayerBox(QComboBox& box, const QList<LayerNamePtr>& names, const char* key,
                       int fallback);
+    void clearLayerBoxes();
+    /// Not where surfaces of the table are missing, which the note tells.
+    void measureIfPossible();
     void showMeans();
     void updateNote();
 

@@ -198,6 +198,7 @@ void MeasurementWidget::connectOptions()
 QWidget* MeasurementWidget::createResults()
 {
     auto* const group = new QGroupBox(QStringLiteral("Results (Thickness in \u00b5m)"));
+    group->setObjectName(QStringLiteral("measurementResults"));
     group->setFixedHeight(resultsHeight);
     m_table = new QTableWidgetSelectedToClipboard;
     m_table->setObjectName(QStringLiteral("thicknessTable"));

@@ -67,7 +67,15 @@ void OCTMeasurementViewer::setOCT(const OCTScanPtr& scan)
 {
     check(!scan.isNull(), {sourcePath, "kelp::oct::OCTMeasurementViewer::setOCT"},
           "OCT scan is null.");
+    if (!scan->isLoaded()) {
+        // Whoever tried to load it has told why.
+        clearOCT();
+        return;
+    }
     m_scan = scan;
+    if (!m_segmentation.isNull() && m_segmentation->getOCT() != scan) {
+        m_segmentation = nullptr;
+    }
     const auto localizer = scan->getLocalizer();
     setImage(localizer ? localizer->getImage() : makeGround(*scan), true);
     // Parts of the grid beyond the image would otherwise make the scene grow and the view scroll

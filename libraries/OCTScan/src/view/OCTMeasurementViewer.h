@@ -20,7 +20,8 @@ public:
 
     /// Both throw Assertion for null. The fovea goes to the scan's centre; then to where the
     /// segmentation has it, if it does. A surface that the segmentation does not have is no longer
-    /// chosen afterwards.
+    /// chosen afterwards. A scan that is not loaded shows as none. The
+    /// segmentation of another scan goes with that scan.
     void setOCT(const OCTScanPtr& scan);
     void setSegmentation(const OCTScanSegPtr& segmentation);
     void clearOCT();

@@ -175,6 +175,12 @@ CaError DataIOManager::removePatient(const DataPointer<Patient>& patient)
     return CaError::nullError;
 }
 
+CaError DataIOManager::findMentions(const QStringList& words, QSet<QString>& found)
+{
+    return isStoreOpen() ? current()->io->findMentions(words, found)
+                         : CaError("NoStore", "There is no open store.", QString());
+}
+
 DataTreeIO* DataIOManager::currentIO()
 {
     return isStoreOpen() ? current()->io.get() : nullptr;

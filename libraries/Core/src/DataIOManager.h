@@ -24,6 +24,8 @@ public:
     /// is. A patient that is new enters the store here.
     static CaError storePatient(const DataPointer<Patient>& patient);
     static CaError removePatient(const DataPointer<Patient>& patient);
+    /// Which of the words stand in any study of the open store; see DataTreeIO.
+    static CaError findMentions(const QStringList& words, QSet<QString>& found);
 
     /// The patient as it would be stored now, into an empty tree.
     static CaError readPatientTree(const DataPointer<Patient>& patient, PatientTree& tree);

@@ -202,6 +202,45 @@ TEST(Patient, HoldsStudiesByTheirIds)
     EXPECT_NE(patient->removeStudy("DefaultStudy"), CaError::nullError);
 }
 
+TEST(Patient, AStudyIsRenamedToAnIdThatIsFree)
+{
+    const DataPointer<Patient> patient(new Patient);
+    const DataPointer<Study> first(new Study);
+    const DataPointer<Study> second(new Study);
+    first->setId("A");
+    second->setId("B");
+    ASSERT_EQ(patient->addStudy(first.data(), false), CaError::nullError);
+    ASSERT_EQ(patient->addStudy(second.data(), false), CaError::nullError);
+    EXPECT_EQ(patient->renameStudy("A", "C", true), CaError::nullError);
+    EXPECT_EQ(patient->getStudy("C"), first.data());
+    EXPECT_EQ(patient->getStudy("A"), nullptr);
+    EXPECT_EQ(patient->renameStudy("C", "C", true), CaError::nullError);
+    EXPECT_NE(patient->renameStudy("C", "B", true), CaError::nullError);
+    EXPECT_NE(patient->renameStudy("C", "", true), CaError::nullError);
+    EXPECT_NE(patient->renameStudy("A", "D", true), CaError::nullError);
+    EXPECT_EQ(first->getId(), QString("C"));
+}
+
+TEST(Study, AnItemIsRenamedToAnIdThatIsFree)
+{
+    const DataPointer<Study> study(new Study);
+    const DataPointer<Data> scan(new Data);
+    const DataPointer<ProcessData> result(new ProcessData);
+    ASSERT_EQ(study->addData(scan.data(), "scan", false), CaError::nullError);
+    ASSERT_EQ(study->addProcessData(result.data(), "result", false), CaError::nullError);
+    EXPECT_EQ(study->renameItem("result", "better", true), CaError::nullError);
+    EXPECT_EQ(study->renameItem("scan", "first", true), CaError::nullError);
+    EXPECT_TRUE(study->hasChild("better"));
+    EXPECT_TRUE(study->hasChild("first"));
+    EXPECT_FALSE(study->hasChild("result"));
+    EXPECT_EQ(study->renameItem("first", "first", true), CaError::nullError);
+    EXPECT_NE(study->renameItem("first", "better", true), CaError::nullError);
+    EXPECT_NE(study->renameItem("first", "", true), CaError::nullError);
+    EXPECT_NE(study->renameItem("result", "other", true), CaError::nullError);
+    EXPECT_EQ(scan->getId(), QString("first"));
+    EXPECT_EQ(study->removeProcessData("better"), CaError::nullError);
+}
+
 TEST(Patient, DescribesItself)
 {
     const DataPointer<Patient> patient(new Patient);

@@ -3,6 +3,8 @@
 #include "Patient.h"
 #include "PatientTree.h"
 
+#include <QSet>
+
 /// Reader and writer of a patient store. The concrete one is made by createXMLDataTreeIOFactory.
 class DataTreeIO
 {
@@ -34,4 +36,7 @@ public:
     /// Stores the tree as it stands, in place of the patient that has its GUID, and makes the given
     /// patient the one that is stored. After a failure the store holds what it held before.
     virtual CaError writeTree(const PatientTree& tree, Patient& patient) = 0;
+    /// Which of the words stand in any stored study, whether or not it could be read as one. Words
+    /// are of letters, digits, '_', '-' and '.'.
+    virtual CaError findMentions(const QStringList& words, QSet<QString>& found) const = 0;
 };

@@ -89,6 +89,14 @@ void PatientListModel::addPatient(const DataPointer<Patient>& patient)
     m_unstored.append(patient);
 }
 
+bool PatientListModel::isUnstored(const DataPointer<Patient>& patient) const
+{
+    // It may have been saved since the last refresh.
+    QList<Patient*> stored;
+    return m_unstored.contains(patient) && AppBase::getPatientList(stored) == CaError::nullError &&
+           !holds(stored, *patient);
+}
+
 void PatientListModel::forgetPatient(const DataPointer<Patient>& patient)
 {
     m_unstored.removeAll(patient);

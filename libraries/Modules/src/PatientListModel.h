@@ -29,6 +29,8 @@ public:
     CaError refresh();
     /// Lists a new patient also while the store does not hold it.
     void addPatient(const DataPointer<Patient>& patient);
+    /// The store does not hold this patient.
+    bool isUnstored(const DataPointer<Patient>& patient) const;
     void forgetPatient(const DataPointer<Patient>& patient);
 
     DataPointer<Patient> patientAt(int row) const;

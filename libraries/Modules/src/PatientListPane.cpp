@@ -1,9 +1,9 @@
 #include "PatientListPane.h"
 
 #include "HintOverlay.h"
+#include "PatientTable.h"
 #include "kelpCheck.h"
 
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -51,23 +51,9 @@ void PatientListPane::makeView()
 {
     m_view = new QTreeView;
     m_view->setObjectName(QStringLiteral("patientList"));
-    m_view->setModel(m_filter);
-    m_view->setRootIsDecorated(false);
-    m_view->setUniformRowHeights(true);
-    m_view->setAllColumnsShowFocus(true);
+    setUpPatientTable(*m_view, m_filter);
     m_view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
-    m_view->setSortingEnabled(true);
-    m_view->sortByColumn(PatientListModel::NameColumn, Qt::AscendingOrder);
-    // Sizes from the captions' and samples' width: measuring all lines of a large store takes long.
-    QHeaderView* const header = m_view->header();
-    header->setStretchLastSection(false);
-    header->setSectionResizeMode(PatientListModel::NameColumn, QHeaderView::Stretch);
-    const int padding = 3 * fontMetrics().averageCharWidth();
-    header->resizeSection(PatientListModel::BirthDateColumn,
-                          fontMetrics().horizontalAdvance(QStringLiteral("00/00/0000")) + padding);
-    header->resizeSection(PatientListModel::NumberColumn,
-                          fontMetrics().horizontalAdvance(QStringLiteral("DDDDDDDD")) + padding);
     m_hint = new HintOverlay(m_view->viewport());
 }
 

@@ -50,6 +50,15 @@ StudyTreeLine* makeLine(const TreeNode& node, const QString& name, const QString
 
 } // namespace
 
+struct StudyTree::State
+{
+    QSet<QString> open;
+    QSet<QString> selected;
+    QString current;
+    QString currentStudy;
+    int currentRow = -1;
+};
+
 StudyTree::StudyTree(QWidget* parent) : QTreeWidget(parent)
 {
     setObjectName(QStringLiteral("studyTree"));
@@ -71,8 +80,7 @@ void StudyTree::setPatient(const DataPointer<Patient>& patient, const QString& s
     {
         const QSignalBlocker blocker(this);
         m_patient = patient;
-        clear();
-        refresh();
+        rebuild(State());
         QTreeWidgetItem* line = findLine(studyGuid);
         if (!line && topLevelItemCount() > 0) {
             line = topLevelItem(topLevelItemCount() - 1);
@@ -86,24 +94,40 @@ void StudyTree::setPatient(const DataPointer<Patient>& patient, const QString& s
     emit itemSelectionChanged();
 }
 
-void StudyTree::refresh()
+StudyTree::State StudyTree::state()
 {
-    const QSignalBlocker blocker(this);
-    QSet<QString> open;
-    QSet<QString> selected;
-    QString current;
+    State now;
     for (QTreeWidgetItemIterator line(this); *line; ++line) {
         const QString key = lineOf(*line)->key();
         if ((*line)->isExpanded()) {
-            open.insert(key);
+            now.open.insert(key);
         }
         if ((*line)->isSelected()) {
-            selected.insert(key);
-        }
-        if (*line == currentItem()) {
-            current = key;
+            now.selected.insert(key);
         }
     }
+    if (QTreeWidgetItem* line = currentItem()) {
+        now.current = lineOf(line)->key();
+        now.currentStudy = lineOf(line)->node.study->getGUID();
+        while (line->parent()) {
+            line = line->parent();
+        }
+        now.currentRow = indexOfTopLevelItem(line);
+    }
+    return now;
+}
+
+void StudyTree::refresh()
+{
+    {
+        const QSignalBlocker blocker(this);
+        rebuild(state());
+    }
+    emit itemSelectionChanged();
+}
+
+void StudyTree::rebuild(const State& former)
+{
     clear();
     QList<Data*> studies;
     if (m_patient) {
@@ -116,17 +140,25 @@ void StudyTree::refresh()
                                     style()->standardIcon(QStyle::SP_DirIcon));
         line->setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
         addTopLevelItem(line);
-        if (open.contains(study->getGUID())) {
+        if (former.open.contains(study->getGUID())) {
             fill(line);
             line->setExpanded(true);
         }
     }
-    for (QTreeWidgetItemIterator line(this); *line; ++line) {
-        const QString key = lineOf(*line)->key();
-        if (key == current) {
-            setCurrentItem(*line, 0, QItemSelectionModel::NoUpdate);
+    QTreeWidgetItem* line = findLine(former.current);
+    if (!line) {
+        line = findLine(former.currentStudy);
+    }
+    if (!line && former.currentRow >= 0) {
+        line = topLevelItem(qMin(former.currentRow, topLevelItemCount() - 1));
+    }
+    if (line) {
+        setCurrentItem(line);
+    }
+    for (const QString& key : former.selected) {
+        if (QTreeWidgetItem* const selected = findLine(key)) {
+            selected->setSelected(true);
         }
-        (*line)->setSelected(selected.contains(key));
     }
 }
 

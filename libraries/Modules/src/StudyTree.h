@@ -1,23 +1,10 @@
 #pragma once
 
-#include "Patient.h"
+#include "TreeNode.h"
 
 #include <QTreeWidget>
 
 namespace kelp::patients {
-
-/// One line of the tree: a study, an item of it, or a stored item that could not be read.
-struct TreeNode
-{
-    DataPointer<Study> study;
-    /// Null for the study itself and for an unreadable item.
-    DataPointer<Data> item;
-    QString unreadableId;
-
-    bool isNull() const { return study.isNull(); }
-    bool isStudy() const { return study && !item && unreadableId.isEmpty(); }
-    bool isUnreadable() const { return !unreadableId.isEmpty(); }
-};
 
 /// The studies of one patient with their data, results below the scan that they were made from. A
 /// study is read when it is opened.
@@ -30,7 +17,8 @@ public:
 
     /// Makes the study of this GUID current, or else the newest.
     void setPatient(const DataPointer<Patient>& patient, const QString& studyGuid);
-    /// Shows what changed; keeps what is open and selected.
+    /// Shows what changed; keeps what is open and selected. Where the current line is gone, its
+    /// study or the next one is current.
     void refresh();
     void selectGuid(const QString& guid);
 
@@ -43,6 +31,10 @@ private slots:
     void fillExpanded(QTreeWidgetItem* line);
 
 private:
+    /// Which lines are open, selected and current, by their keys.
+    struct State;
+    State state();
+    void rebuild(const State& former);
     void fill(QTreeWidgetItem* line);
     QTreeWidgetItem* findLine(const QString& guid) const;
 

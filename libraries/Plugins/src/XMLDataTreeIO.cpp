@@ -1,5 +1,6 @@
 #include "XMLDataTreeIO.h"
 
+#include "StoreMentions.h"
 #include "XMLDataTree.h"
 #include "kelpFileWriter.h"
 
@@ -261,6 +262,11 @@ CaError XMLDataTreeIO::removePatient(const QString& guid)
         error = m_files->io->remove(patientPath(guid));
     }
     return error == CaError::nullError ? removeStudiesOf(header, QStringList()) : error;
+}
+
+CaError XMLDataTreeIO::findMentions(const QStringList& words, QSet<QString>& found) const
+{
+    return ::findMentions(m_folder + "/studies", words, found);
 }
 
 CaError XMLDataTreeIO::removeStudiesOf(const DataTreeNode& formerHeader, const QStringList& keep)

@@ -27,6 +27,7 @@ public:
     CaError removePatient(const QString& guid) override;
     CaError readTree(Patient& patient, PatientTree& tree) override;
     CaError writeTree(const PatientTree& tree, Patient& patient) override;
+    CaError findMentions(const QStringList& words, QSet<QString>& found) const override;
 
 private:
     /// File access and what it last read or wrote. Shared with the studies whose bodies are still

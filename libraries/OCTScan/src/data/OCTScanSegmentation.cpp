@@ -1,6 +1,7 @@
 #include "OCTScanSegmentation.h"
 
 #include "DataTreeNode.h"
+#include "OCTDescriptions.h"
 #include "SegmentationPayload.h"
 #include "kelpCheck.h"
 #include "kelpTrace.h"
@@ -317,6 +318,7 @@ int createOCTScanSegmentationFactory()
 {
     static const bool registered = [] {
         qRegisterMetaType<OCTScanSegPtr>("OCTScanSegPtr");
+        createOCTDescriptions();
         return Data::getFactory().registerFactory(
             kelp::oct::OCTScanSegmentation::typeName().toQString(),
             std::make_shared<OCTScanSegmentationFactory>());

@@ -60,6 +60,9 @@ public:
     /// scan throws.
     void ensureDecoded() const;
 
+    /// Whether the layers can be read without decoding, which may load the scan.
+    bool isDecoded() const { return m_decoded && m_bScanSegmentations; }
+
     /// The payload as base64 without line breaks.
     QString toBase64String() const;
     /// Takes a payload of the stored form in place of what is there; decoded at first use.

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QApplication>
+
+namespace kelp::patients {
+
+/// The wait cursor for as long as this lives.
+class WaitCursor
+{
+public:
+    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    WaitCursor(const WaitCursor&) = delete;
+    WaitCursor& operator=(const WaitCursor&) = delete;
+    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
+};
+
+} // namespace kelp::patients

@@ -3,6 +3,7 @@
 #include "AppBase.h"
 #include "DataDescription.h"
 #include "DataFactory.h"
+#include "DataTreeNode.h"
 #include "DialogDriver.h"
 #include "ProcessData.h"
 #include "QtDataConfigurationWidget.h"
@@ -10,7 +11,7 @@
 #include "StorePlugins.h"
 #include "StudyTree.h"
 
-#include <QAction>
+#include <QAbstractButton>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
@@ -80,8 +81,8 @@ inline DataDescription describeResult(const Data& data)
 class ScanWidget : public QtDataConfigurationWidget
 {
 public:
-    ScanWidget(Data* data, const QString& name, QWidget* parent)
-        : QtDataConfigurationWidget(data, name, parent, Qt::WindowFlags())
+    ScanWidget(Data* item, const QString& name, QWidget* parent)
+        : QtDataConfigurationWidget(item, name, parent, Qt::WindowFlags())
     {
         auto* const box = new QVBoxLayout(this);
         for (QLineEdit* const edit : {m_series, m_name}) {

@@ -49,10 +49,10 @@ DataDescription describeSegmentation(const Data& data)
         for (const kelp::oct::LayerNamePtr& name : segmentation->getAllLayerNames()) {
             names.append(name->getIdentifier());
         }
-        description.facts.append({"Layers", names.isEmpty() ? QString("none")
-                                                            : QString("%1 (%2)")
-                                                                  .arg(names.size())
-                                                                  .arg(names.join(", "))});
+        description.facts.append(
+            {"Layers", names.isEmpty()
+                           ? QString("none")
+                           : QString("%1 (%2)").arg(names.size()).arg(names.join(", "))});
     }
     return description;
 }

@@ -233,6 +233,15 @@ protected:
         QTest::mouseClick(&button, Qt::LeftButton);
     }
 
+    /// With the keyboard's focus there; without a window manager a closed dialog leaves it nowhere.
+    void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        widget.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&widget));
+        widget.setFocus();
+        QTest::keyClick(&widget, key, modifiers);
+    }
+
     QStringList listedNames()
     {
         QStringList names;

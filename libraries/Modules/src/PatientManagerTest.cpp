@@ -124,7 +124,7 @@ TEST_F(PatientManagerTest, EditingChangesNameAndDateAndKeepsTheRest)
         type(dialog, "lastName", "King van Ness");
         DialogDriver::click(dialog, "OK");
     });
-    QTest::keyClick(&list(), Qt::Key_F2);
+    press(list(), Qt::Key_F2);
     EXPECT_EQ(listedNames(), QStringList{"Ada King van Ness"});
     EXPECT_EQ(currentPatientName(), QString("Ada King van Ness"));
     EXPECT_TRUE(AppBase::saveChanges());
@@ -158,7 +158,7 @@ TEST_F(PatientManagerTest, FromPatientToStudyToRenameToDelete)
         type(dialog, "itemName", "After 3 months");
         DialogDriver::click(dialog, "OK");
     });
-    QTest::keyClick(&tree(), Qt::Key_F2);
+    press(tree(), Qt::Key_F2);
     EXPECT_EQ(currentStudyName(), QString("After_3_months"));
     EXPECT_TRUE(AppBase::getCurrentPatient()->getStudy("After_3_months"));
 
@@ -168,7 +168,7 @@ TEST_F(PatientManagerTest, FromPatientToStudyToRenameToDelete)
     EXPECT_EQ(tree().topLevelItemCount(), 0);
 
     m_dialogs.expectMessage("Delete", "Delete the patient \"Ada Lovelace\"?", "Delete");
-    QTest::keyClick(&list(), Qt::Key_Delete);
+    press(list(), Qt::Key_Delete);
     EXPECT_EQ(listedNames(), QStringList());
     EXPECT_TRUE(AppBase::getCurrentPatient().isNull());
     EXPECT_EQ(storedNames(), QStringList());

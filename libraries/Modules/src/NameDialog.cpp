@@ -73,8 +73,8 @@ void NameDialog::check()
     } else if (!isFree) {
         note = QStringLiteral("The name \"%1\" is taken.").arg(id());
     } else if (id() != m_name->text()) {
-        note = QStringLiteral("Stored as \"%1\": names consist of letters, digits, \"_\", \"-\" "
-                              "and \".\".")
+        note = QStringLiteral("Stored as \"%1\": names consist of letters, digits, underscores, "
+                              "hyphens and points.")
                    .arg(id());
     }
     m_note->setText(note);

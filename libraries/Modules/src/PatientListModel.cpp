@@ -21,6 +21,7 @@ std::vector<Patient*> sortedByName(const QList<Patient*>& patients)
     };
     QCollator collator;
     collator.setCaseSensitivity(Qt::CaseInsensitive);
+    collator.setNumericMode(true);
     std::vector<Entry> entries;
     entries.reserve(static_cast<std::size_t>(patients.size()));
     for (Patient* const patient : patients) {

@@ -50,9 +50,9 @@ void addScan(Study& study, const OCTScanPtr& scan, const QString& patientName,
 {
     const QString id = scan->getId();
     if (study.hasChild(id)) {
-        report(QStringLiteral("OCT with id %1 already exists for patient %2.\n")
-                   .arg(id, patientName),
-               BatchLine::Problem);
+        report(
+            QStringLiteral("OCT with id %1 already exists for patient %2.\n").arg(id, patientName),
+            BatchLine::Problem);
         return;
     }
     const CaError error = study.addData(scan.data(), id, true);

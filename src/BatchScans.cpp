@@ -35,8 +35,7 @@ void appendScans(const DataPointer<Patient>& patient, const DataPointer<Study>& 
         }
         Trace() << "data: " << item->getId();
         if (!item->isA(OCTScan::classId())) {
-            Trace() << "data is not " << OCTScan::classId() << " class, but "
-                    << item->getClassId();
+            Trace() << "data is not " << OCTScan::classId() << " class, but " << item->getClassId();
             continue;
         }
         if (namesItsSeries(*item)) {

@@ -42,8 +42,7 @@ private:
 
 } // namespace
 
-std::optional<QStringList> collectExports(const QString& folder,
-                                          const std::function<bool()>& goOn)
+std::optional<QStringList> collectExports(const QString& folder, const std::function<bool()>& goOn)
 {
     // An empty path is the current folder to QDir, but nothing to QDirIterator.
     const QDir top(folder);

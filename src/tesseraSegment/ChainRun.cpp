@@ -42,6 +42,7 @@ QList<kelp::oct::StepStatistics> ChainRun::run(const OCTScanSegPtr& segmentation
                                                kelp::oct::SegmentationChain chain,
                                                bool maskETDRSSectors, bool maskCenter)
 {
+    m_chain = chain;
     m_steps = kelp::oct::chainSteps(chain);
     m_progress = {};
     m_progress.nrSteps = m_steps.size();
@@ -58,14 +59,6 @@ QList<kelp::oct::StepStatistics> ChainRun::run(const OCTScanSegPtr& segmentation
         throw RuntimeException(m_failure);
     }
     return m_segInterface.getStatistics();
-}
-
-bool ChainRun::lastStepIsDone() const
-{
-    const auto statistics = m_segInterface.getStatistics();
-    return std::any_of(statistics.begin(), statistics.end(), [this](const auto& step) {
-        return step.name == m_steps.last() && step.peakMemoryBytes > 0;
-    });
 }
 
 void ChainRun::tellProgress()
@@ -113,8 +106,7 @@ void ChainRun::segmentationProgress(int percentageFinished)
 
 void ChainRun::segmentationSuccess()
 {
-    // On circular scans success is told before the last step has even begun.
-    if (lastStepIsDone()) {
+    if (kelp::oct::isChainDone(m_segInterface.getStatistics(), m_chain)) {
         m_over = true;
         m_loop.quit();
     }

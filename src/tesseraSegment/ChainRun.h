@@ -41,13 +41,13 @@ private slots:
     void segmentationFailure(QString message);
 
 private:
-    bool lastStepIsDone() const;
     void tellProgress();
     int weightedPercentage() const;
 
     ProgressListener m_listener;
     kelp::oct::SegInterface m_segInterface;
     QEventLoop m_loop;
+    kelp::oct::SegmentationChain m_chain = kelp::oct::SegmentationChain::Normal;
     QStringList m_steps;
     ChainProgress m_progress;
     int m_runPercentage = 0; ///< as the run counts it

@@ -4,6 +4,7 @@
 
 #include <QList>
 
+#include <algorithm>
 #include <functional>
 
 namespace kelp::oct {
@@ -140,6 +141,15 @@ QStringList chainSteps(SegmentationChain chain)
         names.append(step.name);
     }
     return names;
+}
+
+bool isChainDone(const QList<StepStatistics>& statistics, SegmentationChain chain)
+{
+    const QString last = chainSteps(chain).last();
+    return std::any_of(statistics.begin(), statistics.end(), [&last](const StepStatistics& step) {
+        // Recorded at the step's end.
+        return step.name == last && step.peakMemoryBytes > 0;
+    });
 }
 
 void queueChain(SegInterface& segInterface, const OCTScanSegPtr& segmentation,

@@ -2,6 +2,7 @@
 
 #include "InnerDistProps.h"
 #include "OCTScanSegmentation.h"
+#include "SegStatistics.h"
 
 #include <QString>
 #include <QStringList>
@@ -26,6 +27,10 @@ QString chainName(SegmentationChain chain);
 
 /// The names of the chain's steps in order.
 QStringList chainSteps(SegmentationChain chain);
+
+/// Whether the chain's last step is over, by what the run's steps cost so far. On circular scans
+/// success is told before that step has even begun.
+bool isChainDone(const QList<StepStatistics>& statistics, SegmentationChain chain);
 
 /// The distances of ISe and BM where no trained model fits: means in micrometres, and weights.
 struct OuterDistProps

@@ -1,0 +1,173 @@
+#include "BatchTable.h"
+
+#include "kelpCheck.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QHeaderView>
+#include <QLabel>
+
+#include <algorithm>
+
+namespace kelp::oct {
+
+namespace {
+
+constexpr char sourcePath[] = "src/BatchTable";
+
+enum Column
+{
+    CheckColumn,
+    NameColumn,
+    BirthDateColumn,
+    StudyColumn,
+    SeriesColumn,
+    NrColumns
+};
+constexpr int columnWidths[NrColumns] = {20, 150, 150, 100, 100};
+
+} // namespace
+
+BatchTable::BatchTable(QWidget* parent) : QTableWidget(0, NrColumns, parent)
+{
+    setHorizontalHeaderLabels({QString(), QStringLiteral("Patient Name"),
+                               QStringLiteral("Patient Birth Date"), QStringLiteral("Study"),
+                               QStringLiteral("Series Identifier")});
+    for (int column = 0; column < NrColumns; ++column) {
+        setColumnWidth(column, columnWidths[column]);
+    }
+    setSortingEnabled(false);
+    setSelectionBehavior(SelectRows);
+    setEditTriggers(NoEditTriggers);
+    setTabKeyNavigation(false);
+    setContextMenuPolicy(Qt::ActionsContextMenu);
+    addMenuEntry(QStringLiteral("Check All"), Qt::CTRL | Qt::SHIFT | Qt::Key_A, SLOT(checkAll()));
+    addMenuEntry(QStringLiteral("Uncheck All"), Qt::CTRL | Qt::SHIFT | Qt::Key_N,
+                 SLOT(uncheckAll()));
+    addMenuEntry(QStringLiteral("Check Selected Rows"), Qt::Key_Plus, SLOT(checkSelected()));
+    addMenuEntry(QStringLiteral("Uncheck Selected Rows"), Qt::Key_Minus, SLOT(uncheckSelected()));
+    addMenuEntry(QStringLiteral("Toggle Selected Rows"), Qt::Key_Space, SLOT(toggleSelected()));
+}
+
+void BatchTable::addMenuEntry(const QString& text, const QKeySequence& key, const char* slot)
+{
+    auto* const action = new QAction(text, this);
+    action->setShortcut(key);
+    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    KELP_CONNECT(sourcePath, connect(action, SIGNAL(triggered()), this, slot));
+    addAction(action);
+}
+
+void BatchTable::setScans(const QList<BatchScan>& scans)
+{
+    setUpdatesEnabled(false);
+    clearContents();
+    m_scans = scans;
+    for (int row = 0; row < m_scans.size(); ++row) {
+        setRowCount(row + 1);
+        setRow(row, m_scans[row]);
+    }
+    setUpdatesEnabled(true);
+}
+
+void BatchTable::setRow(int row, const BatchScan& scan)
+{
+    setCellWidget(row, CheckColumn, new QCheckBox);
+    setText(row, NameColumn, scan.patient->getName());
+    setText(row, BirthDateColumn, scan.patient->getBirthDate().toString(Qt::TextDate));
+    setText(row, StudyColumn, scan.study->getId());
+    setText(row, SeriesColumn, seriesIdOf(*scan.scan));
+}
+
+void BatchTable::setText(int row, int column, const QString& text)
+{
+    auto* const label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setToolTip(text.toHtmlEscaped());
+    setCellWidget(row, column, label);
+}
+
+QCheckBox* BatchTable::checkBox(int row) const
+{
+    return qobject_cast<QCheckBox*>(cellWidget(row, CheckColumn));
+}
+
+QSet<QString> BatchTable::checkedGUIDs() const
+{
+    QSet<QString> guids;
+    for (int row = 0; row < m_scans.size(); ++row) {
+        const QCheckBox* const box = checkBox(row);
+        if (box && box->isChecked() && m_scans[row].scan) {
+            guids.insert(m_scans[row].scan->getGUID());
+        }
+    }
+    return guids;
+}
+
+void BatchTable::check(const QSet<QString>& guids)
+{
+    for (int row = 0; row < m_scans.size(); ++row) {
+        checkBox(row)->setChecked(guids.contains(m_scans[row].scan->getGUID()));
+    }
+}
+
+QList<int> BatchTable::allRows() const
+{
+    QList<int> rows;
+    for (int row = 0; row < rowCount(); ++row) {
+        rows.append(row);
+    }
+    return rows;
+}
+
+QList<int> BatchTable::selectedRows() const
+{
+    QList<int> rows;
+    for (const QModelIndex& index : selectionModel()->selectedRows()) {
+        rows.append(index.row());
+    }
+    return rows;
+}
+
+void BatchTable::setChecked(const QList<int>& rows, bool checked)
+{
+    for (const int row : rows) {
+        if (QCheckBox* const box = checkBox(row)) {
+            box->setChecked(checked);
+        }
+    }
+}
+
+void BatchTable::checkAll()
+{
+    setChecked(allRows(), true);
+}
+
+void BatchTable::uncheckAll()
+{
+    setChecked(allRows(), false);
+}
+
+void BatchTable::checkSelected()
+{
+    setChecked(selectedRows(), true);
+}
+
+void BatchTable::uncheckSelected()
+{
+    setChecked(selectedRows(), false);
+}
+
+void BatchTable::toggleSelected()
+{
+    const QList<int> rows = selectedRows();
+    const bool allChecked = std::all_of(rows.begin(), rows.end(), [this](int row) {
+        const QCheckBox* const box = checkBox(row);
+        return box && box->isChecked();
+    });
+    setChecked(rows, !allChecked);
+}
+
+} // namespace kelp::oct
+
+#include "moc_BatchTable.cpp"

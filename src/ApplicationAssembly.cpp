@@ -10,6 +10,7 @@
 #include "OCTManualSegmentationModule.h"
 #include "OCTMeasurementModule.h"
 #include "OCTScan.h"
+#include "OCTScanLoadingWidget.h"
 #include "QtModuleTabSelector.h"
 #include "QtPMModule.h"
 #include "StorePlugins.h"
@@ -63,6 +64,7 @@ void registerFactories()
     createFileIOFactory();
     createXMLDataTreeIOFactory();
     createOCTScanFactory();
+    createOCTScanLoadingWidgetFactory();
     constexpr int linkFlags = 2;
     linkDataToWidget(QStringLiteral("OCTScan"), QStringLiteral("OCTScanLoadingWidget"),
                      QStringLiteral("OCT Image"), linkFlags, QString());

@@ -7,6 +7,7 @@
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QShortcut>
@@ -27,10 +28,13 @@ const QString folderKey = QStringLiteral("dataLoading/folder");
 QtDataLoadingWidget::QtDataLoadingWidget(Data* item, const QString& name, QWidget* parent,
                                          Qt::WindowFlags flags, bool withNameField)
     : QtDataConfigurationWidget(item, name, parent, flags), m_nameEdit(new QLineEdit(name)),
-      m_view(new QListView)
+      m_view(new QListView), m_message(new QLabel)
 {
     m_nameEdit->setObjectName(QStringLiteral("nameEdit"));
     m_view->setObjectName(QStringLiteral("fileList"));
+    m_message->setObjectName(QStringLiteral("loadingMessage"));
+    m_message->setWordWrap(true);
+    m_message->hide();
     m_view->setTextElideMode(Qt::ElideMiddle);
     m_view->setToolTip(QStringLiteral("The Delete key takes a file off the list"));
 
@@ -46,6 +50,7 @@ QtDataLoadingWidget::QtDataLoadingWidget(Data* item, const QString& name, QWidge
     auto* const form = new QFormLayout(this);
     form->addRow(QStringLiteral("&Name:"), m_nameEdit);
     form->addRow(QStringLiteral("&Files:"), fileRow);
+    form->addRow(m_message);
     if (!withNameField) {
         form->labelForField(m_nameEdit)->hide();
         m_nameEdit->hide();
@@ -98,9 +103,26 @@ QListView* QtDataLoadingWidget::getView()
 {
     // Not in the constructor, which would not reach a subclass's createModel.
     if (!m_view->model()) {
-        m_view->setModel(createModel());
+        QAbstractItemModel* const model = createModel();
+        m_view->setModel(model);
+        for (const char* const change :
+             {SIGNAL(rowsInserted(QModelIndex, int, int)),
+              SIGNAL(rowsRemoved(QModelIndex, int, int)), SIGNAL(modelReset())}) {
+            KELP_CONNECT(sourcePath, connect(model, change, this, SLOT(clearMessage())));
+        }
     }
     return m_view;
+}
+
+void QtDataLoadingWidget::showMessage(const QString& message)
+{
+    m_message->setText(message);
+    m_message->show();
+}
+
+void QtDataLoadingWidget::clearMessage()
+{
+    m_message->hide();
 }
 
 void QtDataLoadingWidget::showEvent(QShowEvent* event)

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 class QAbstractItemModel;
+class QLabel;
 class QLineEdit;
 class QListView;
 class QtDataPathModel;
@@ -35,11 +36,14 @@ protected:
     virtual QStringList getOpenFileNames();
 
     QListView* getView();
+    /// What keeps the files from being taken, told below the list until the list changes.
+    void showMessage(const QString& message);
     void showEvent(QShowEvent* event) override;
 
 private slots:
     void addFiles();
     void removeSelectedFiles();
+    void clearMessage();
 
 private:
     void addPaths(const QStringList& paths);
@@ -48,4 +52,5 @@ private:
     int m_selectionMode = 0;
     QLineEdit* m_nameEdit = nullptr;
     QListView* m_view = nullptr;
+    QLabel* m_message = nullptr;
 };

@@ -93,7 +93,7 @@ QList<Data*> QtDataSelectionList::getSelection() const
 {
     QList<Data*> selection;
     for (int row = 0; row < m_items.size(); ++row) {
-        if (m_list->item(row)->isSelected()) {
+        if (m_items[row] && m_list->item(row)->isSelected()) {
             selection.append(m_items[row].data());
         }
     }
@@ -144,7 +144,8 @@ void QtDataSelectionList::refill()
         m_list->clear();
         m_items.clear();
         for (Data* const item : all) {
-            if (filterPass(item)) {
+            // Null if someone deleted it behind the study's back.
+            if (item && filterPass(item)) {
                 m_items.append(item);
                 m_list->addItem(item->getId());
                 m_list->item(m_list->count() - 1)->setToolTip(item->getId());
@@ -173,7 +174,7 @@ void QtDataSelectionList::selectGUIDs(const QStringList& guids)
     m_list->setCurrentItem(nullptr);
     m_list->clearSelection();
     for (int row = 0; row < m_items.size(); ++row) {
-        if (guids.contains(m_items[row]->getGUID())) {
+        if (m_items[row] && guids.contains(m_items[row]->getGUID())) {
             m_list->setCurrentRow(row, QItemSelectionModel::Select);
         }
     }

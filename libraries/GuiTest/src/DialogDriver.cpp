@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QProgressDialog>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -163,6 +164,9 @@ void DialogDriver::look()
     chooseMenuEntry();
     auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
     if (!dialog || !dialog->isVisible() || m_answered.contains(dialog)) {
+        return;
+    }
+    if (m_leavesProgress && qobject_cast<QProgressDialog*>(dialog)) {
         return;
     }
     m_answered.insert(dialog);

@@ -40,6 +40,8 @@ public:
 
     /// The next menu that pops up: clicks the entry of this text.
     void expectMenu(const QString& entry);
+    /// Progress dialogs are left alone from now on: they come and go by themselves.
+    void leaveProgressDialogs() { m_leavesProgress = true; }
 
     /// Expectations not met yet.
     int pending() const { return m_answers.size() + m_menuEntries.size(); }
@@ -64,4 +66,5 @@ private:
     QStringList m_menuEntries;
     QSet<QObject*> m_answered;
     QStringList m_messages;
+    bool m_leavesProgress = false;
 };

@@ -1,0 +1,198 @@
+#pragma once
+
+#include "BatchTestSupport.h"
+#include "DialogDriver.h"
+#include "OCTBatchProcessModule.h"
+#include "Phantom.h"
+
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QSettings>
+#include <QTableWidget>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextEdit>
+
+#include <functional>
+#include <memory>
+
+namespace kelp::oct::test {
+
+/// Clicks "Cancel" of the progress dialog as soon as a condition holds.
+class ProgressCanceller : public QObject
+{
+public:
+    using Condition = std::function<bool(QProgressDialog&)>;
+
+    ProgressCanceller(QWidget& window, const Condition& condition)
+        : m_window(window), m_condition(condition)
+    {
+        constexpr int lookIntervalMs = 1;
+        startTimer(lookIntervalMs);
+    }
+    bool hasCancelled() const { return m_cancelled; }
+
+protected:
+    void timerEvent(QTimerEvent* /*event*/) override
+    {
+        for (auto* const dialog : m_window.findChildren<QProgressDialog*>()) {
+            if (!m_cancelled && dialog->isVisible() && m_condition(*dialog)) {
+                m_cancelled = true;
+                QTest::mouseClick(dialog->findChild<QPushButton*>(), Qt::LeftButton);
+            }
+        }
+    }
+
+private:
+    QWidget& m_window;
+    Condition m_condition;
+    bool m_cancelled = false;
+};
+
+/// The tab in a window of its own, on a store of its own.
+class BatchModuleFixture : public BatchStoreFixture
+{
+protected:
+    void SetUp() override
+    {
+        BatchStoreFixture::SetUp();
+        QSettings(QSettings::IniFormat, QSettings::UserScope, "Tessera", "Tessera").clear();
+        m_dialogs = std::make_unique<DialogDriver>();
+        m_dialogs->leaveProgressDialogs();
+        makeModule();
+    }
+    void TearDown() override
+    {
+        m_module.reset();
+        m_dialogs.reset();
+        BatchStoreFixture::TearDown();
+    }
+
+    void makeModule()
+    {
+        m_module.reset();
+        m_module = std::make_unique<OCTBatchProcessModule>(QStringLiteral("OCT Batch Processing"));
+        window().resize(1280, 720);
+        window().show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
+        m_module->activate();
+    }
+
+    QWidget& window() const { return *m_module->getMainWidget(); }
+    template <typename Widget>
+    Widget& child(const char* name) const
+    {
+        auto* const found = window().findChild<Widget*>(QLatin1String(name));
+        EXPECT_TRUE(found) << name;
+        return *found;
+    }
+    QTableWidget& table() const { return child<QTableWidget>("batchTable"); }
+    QTextEdit& log() const { return child<QTextEdit>("batchLog"); }
+    void click(const char* caption) const { DialogDriver::click(window(), QLatin1String(caption)); }
+    QString cell(int row, int column) const
+    {
+        const auto* const label = qobject_cast<QLabel*>(table().cellWidget(row, column));
+        return label ? label->text() : QString();
+    }
+    QCheckBox* box(int row) const { return qobject_cast<QCheckBox*>(table().cellWidget(row, 0)); }
+    void check(int row) const
+    {
+        QCheckBox* const wanted = box(row);
+        ASSERT_TRUE(wanted);
+        QTest::mouseClick(wanted, Qt::LeftButton, {}, wanted->rect().center());
+        EXPECT_TRUE(wanted->isChecked());
+    }
+    QProgressDialog* progress() const
+    {
+        for (auto* const dialog : window().findChildren<QProgressDialog*>()) {
+            if (dialog->isVisible()) {
+                return dialog;
+            }
+        }
+        return nullptr;
+    }
+
+    /// The lines of the log with the colour of their first letter.
+    QList<QPair<QString, QColor>> logLines() const
+    {
+        QList<QPair<QString, QColor>> lines;
+        for (QTextBlock block = log().document()->begin(); block.isValid(); block = block.next()) {
+            QTextCursor cursor(block);
+            cursor.movePosition(QTextCursor::NextCharacter);
+            lines.append({block.text(), cursor.charFormat().foreground().color()});
+        }
+        return lines;
+    }
+    QStringList logTexts() const
+    {
+        return log().toPlainText().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
+    /// How many lines contain this text, with dots of the progress before it or not.
+    int countInLog(const QString& text) const { return logTexts().filter(text).size(); }
+    QColor colorInLog(const QString& text) const
+    {
+        for (const auto& [line, color] : logLines()) {
+            if (line == text) {
+                return color;
+            }
+        }
+        ADD_FAILURE() << text.toStdString() << " is not in: " << log().toPlainText().toStdString();
+        return {};
+    }
+
+    void importFolder(const QString& folder)
+    {
+        m_dialogs->expectFileDialog(folder);
+        click("Import OCTs");
+    }
+    /// An export with known surfaces, small enough to be segmented in a second or two.
+    phantom::Export writePhantom(const QString& folder, std::uint64_t seed,
+                                 phantom::Pattern pattern = phantom::Pattern::Volume,
+                                 phantom::Kind kind = phantom::Kind::Normal) const
+    {
+        phantom::Options options;
+        options.pattern = pattern;
+        options.kind = kind;
+        options.seed = seed;
+        options.aScans = 96;
+        options.rows = 160;
+        options.bScans = 5;
+        options.localizerSize = 64;
+        return phantom::writeExport(m_exports.filePath(folder), options);
+    }
+    void waitForTheEnd()
+    {
+        constexpr int longestMs = 240000;
+        EXPECT_TRUE(QTest::qWaitFor([this] { return !progress(); }, longestMs))
+            << log().toPlainText().toStdString();
+    }
+    void segmentChecked()
+    {
+        click("Start Segmentation");
+        waitForTheEnd();
+    }
+    static QStringList finalLayersOf(Data* segmentation)
+    {
+        auto* const item = qobject_cast<OCTScanSegmentation*>(segmentation);
+        QStringList identifiers;
+        if (item) {
+            item->ensureDecoded();
+            for (const LayerNamePtr& name : item->getAllLayerNames()) {
+                if (name->isFinal()) {
+                    identifiers.append(name->getIdentifier());
+                }
+            }
+        }
+        identifiers.sort();
+        return identifiers;
+    }
+
+    std::unique_ptr<DialogDriver> m_dialogs;
+    std::unique_ptr<OCTBatchProcessModule> m_module;
+};
+
+} // namespace kelp::oct::test

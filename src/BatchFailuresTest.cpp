@@ -16,12 +16,6 @@ using test::TestExportOptions;
 class BatchFailures : public test::BatchModuleFixture
 {
 protected:
-    void checkAll()
-    {
-        for (int row = 0; row < table().rowCount(); ++row) {
-            check(row);
-        }
-    }
     /// The file that holds the patient's header in the store.
     QString patientFile(const Patient& patient) const
     {
@@ -64,9 +58,9 @@ TEST_F(BatchFailures, AStarScanIsRefusedWithItsReasonAndTheNextOneRuns)
     EXPECT_EQ(countInLog("Segmentation success for patient"), 1);
 }
 
-TEST_F(BatchFailures, ThousandsOfScansThatCannotBeLoadedAllFailOneAfterTheOther)
+TEST_F(BatchFailures, AThousandScansThatCannotBeLoadedFailOneAfterTheOther)
 {
-    constexpr int count = 2000;
+    constexpr int count = 1000;
     const DataPointer<Patient> patient(new Patient);
     patient->setName("Empty");
     patient->setId("Empty");
@@ -82,9 +76,7 @@ TEST_F(BatchFailures, ThousandsOfScansThatCannotBeLoadedAllFailOneAfterTheOther)
     {
         const test::TraceCapture quiet;
         m_module->activate();
-        window().activateWindow();
-        table().setFocus();
-        QTest::keyClick(&table(), Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+        checkAll();
         segmentChecked();
     }
     EXPECT_EQ(countInLog("Segmentation error for patient Empty. Reason: "), count);
@@ -108,9 +100,7 @@ TEST_F(BatchFailures, ABatchOfScansThatFailCanBeCancelledBetweenTwoOfThem)
         study.addData(scan, QString::number(i), false);
     }
     m_module->activate();
-    window().activateWindow();
-    table().setFocus();
-    QTest::keyClick(&table(), Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+    checkAll();
     const test::TraceCapture trace;
     const ProgressCanceller canceller(window(), [this](QProgressDialog&) {
         return log().toPlainText().contains("Segmentation error for patient");

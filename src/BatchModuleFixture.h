@@ -93,6 +93,15 @@ protected:
     QTableWidget& table() const { return child<QTableWidget>("batchTable"); }
     QTextEdit& log() const { return child<QTextEdit>("batchLog"); }
     void click(const char* caption) const { DialogDriver::click(window(), QLatin1String(caption)); }
+    /// A check box or radio button, which takes clicks on its indicator and text only.
+    void clickOption(const char* caption) const
+    {
+        auto* const button = DialogDriver::findButton(window(), QLatin1String(caption));
+        ASSERT_TRUE(button) << caption;
+        const bool before = button->isChecked();
+        QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(10, button->height() / 2));
+        EXPECT_NE(button->isChecked(), before) << caption;
+    }
     QString cell(int row, int column) const
     {
         const auto* const label = qobject_cast<QLabel*>(table().cellWidget(row, column));
@@ -101,6 +110,7 @@ protected:
     QCheckBox* box(int row) const { return qobject_cast<QCheckBox*>(table().cellWidget(row, 0)); }
     void check(int row) const
     {
+        QCoreApplication::processEvents(); // lays new rows out
         QCheckBox* const wanted = box(row);
         ASSERT_TRUE(wanted);
         QTest::mouseClick(wanted, Qt::LeftButton, {}, wanted->rect().center());
@@ -162,13 +172,29 @@ protected:
         options.rows = 160;
         options.bScans = 5;
         options.localizerSize = 64;
-        return phantom::writeExport(m_exports.filePath(folder), options);
+        phantom::Export written = phantom::writeExport(m_exports.filePath(folder), options);
+        replaceIn(written.xmlPath, {{QStringLiteral("Phantom</LastName>"),
+                                     QStringLiteral("%1</LastName>").arg(seed)}});
+        return written;
     }
+    /// A key of the table.
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        window().activateWindow();
+        table().setFocus();
+        ASSERT_TRUE(QTest::qWaitFor([this] { return table().hasFocus(); }));
+        QTest::keyClick(&table(), key, modifiers);
+    }
+    void checkAll() const { press(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier); }
     void waitForTheEnd()
     {
         constexpr int longestMs = 240000;
-        EXPECT_TRUE(QTest::qWaitFor([this] { return !progress(); }, longestMs))
-            << log().toPlainText().toStdString();
+        QElapsedTimer timer;
+        timer.start();
+        while (progress() && timer.elapsed() < longestMs) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        EXPECT_FALSE(progress()) << log().toPlainText().toStdString();
     }
     void segmentChecked()
     {

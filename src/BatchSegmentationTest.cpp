@@ -121,24 +121,37 @@ TEST_F(BatchSegmentation, ACircularScanIsWholeAndCountsOnceAlthoughItReportsSucc
     }
 }
 
-TEST_F(BatchSegmentation, RunsTheChainThatIsChosen)
+TEST_F(BatchSegmentation, RunsTheDrusenChainOnDrusen)
 {
     writePhantom("a", 1, Pattern::Volume, Kind::Drusen);
     importFolder(m_exports.path());
-    click("Drusen");
+    clickOption("Drusen");
     check(0);
     segmentChecked();
     expectLayers(patientOf(0), drusenLayers);
+}
+
+TEST_F(BatchSegmentation, RunsTheTrainedModelOnHealthyEyes)
+{
+    writePhantom("a", 1);
+    importFolder(m_exports.path());
+    check(0);
+    const test::TraceCapture trace;
+    segmentChecked();
+    EXPECT_TRUE(trace.lines().contains("segmentPEFineConstrained... "));
 }
 
 TEST_F(BatchSegmentation, RunsTheMouseChainOnMice)
 {
     writePhantom("a", 1, Pattern::Volume, Kind::Mouse);
     importFolder(m_exports.path());
-    click("Mouse");
+    clickOption("Mouse");
     check(0);
+    const test::TraceCapture trace;
     segmentChecked();
     expectLayers(patientOf(0), normalLayers);
+    // No step of it knows the trained model.
+    EXPECT_FALSE(trace.lines().contains("segmentPEFineConstrained... "));
 }
 
 TEST_F(BatchSegmentation, MakesTheMasksThatAreChecked)
@@ -153,10 +166,10 @@ TEST_F(BatchSegmentation, MakesTheMasksThatAreChecked)
     writePhantom("a", 1);
     importFolder(m_exports.path());
     EXPECT_EQ(polygonsAfterRun(), 1);
-    click("Use Center Mask (ONH)");
+    clickOption("Use Center Mask (ONH)");
     EXPECT_EQ(polygonsAfterRun(), 2);
-    click("Use ETDRS Mask");
-    click("Use Center Mask (ONH)");
+    clickOption("Use ETDRS Mask");
+    clickOption("Use Center Mask (ONH)");
     EXPECT_EQ(polygonsAfterRun(), 0);
 }
 

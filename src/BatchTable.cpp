@@ -33,6 +33,8 @@ BatchTable::BatchTable(QWidget* parent) : QTableWidget(0, NrColumns, parent)
     setHorizontalHeaderLabels({QString(), QStringLiteral("Patient Name"),
                                QStringLiteral("Patient Birth Date"), QStringLiteral("Study"),
                                QStringLiteral("Series Identifier")});
+    // The style asks for more room than a check box without a text takes.
+    horizontalHeader()->setMinimumSectionSize(columnWidths[CheckColumn]);
     for (int column = 0; column < NrColumns; ++column) {
         setColumnWidth(column, columnWidths[column]);
     }
@@ -60,19 +62,63 @@ void BatchTable::addMenuEntry(const QString& text, const QKeySequence& key, cons
 
 void BatchTable::setScans(const QList<BatchScan>& scans)
 {
-    setUpdatesEnabled(false);
+    // Thousands of cells would each be painted by itself at its first show.
+    viewport()->hide();
     clearContents();
     m_scans = scans;
+    if (!m_scans.isEmpty()) {
+        setRowCount(m_scans.size());
+    }
     for (int row = 0; row < m_scans.size(); ++row) {
-        setRowCount(row + 1);
         setRow(row, m_scans[row]);
     }
-    setUpdatesEnabled(true);
+    m_firstPlacedRow = 0;
+    m_lastPlacedRow = rowCount() - 1;
+    placeCells();
+    viewport()->show();
+}
+
+void BatchTable::updateEditorGeometries()
+{
+    placeCells();
+}
+
+void BatchTable::scrollContentsBy(int dx, int dy)
+{
+    QTableWidget::scrollContentsBy(dx, dy);
+    placeCells();
+}
+
+void BatchTable::placeCells()
+{
+    const int first = std::max(rowAt(0), 0);
+    const int lastSeen = rowAt(viewport()->height() - 1);
+    const int last = lastSeen < 0 ? rowCount() - 1 : lastSeen;
+    for (int row = m_firstPlacedRow; row <= m_lastPlacedRow; ++row) {
+        for (int column = 0; column < NrColumns && (row < first || row > last); ++column) {
+            if (QWidget* const cell = cellWidget(row, column)) {
+                cell->hide();
+            }
+        }
+    }
+    for (int row = first; row <= last; ++row) {
+        for (int column = 0; column < NrColumns; ++column) {
+            if (QWidget* const cell = cellWidget(row, column)) {
+                cell->setGeometry(visualRect(model()->index(row, column)));
+                cell->show();
+            }
+        }
+    }
+    m_firstPlacedRow = first;
+    m_lastPlacedRow = last;
 }
 
 void BatchTable::setRow(int row, const BatchScan& scan)
 {
-    setCellWidget(row, CheckColumn, new QCheckBox);
+    auto* const box = new QCheckBox;
+    // The keys stay with the table, which checks whole selections.
+    box->setFocusPolicy(Qt::NoFocus);
+    setCellWidget(row, CheckColumn, box);
     setText(row, NameColumn, scan.patient->getName());
     setText(row, BirthDateColumn, scan.patient->getBirthDate().toString(Qt::TextDate));
     setText(row, StudyColumn, scan.study->getId());

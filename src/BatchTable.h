@@ -18,8 +18,8 @@ class BatchTable : public QTableWidget
 public:
     explicit BatchTable(QWidget* parent = nullptr);
 
-    /// The rows are counted up while they are filled and never set to none: when there is no scan,
-    /// the former rows stay, without cells.
+    /// There are as many rows as scans, but never none again: when there is no scan, the former
+    /// rows stay, without cells.
     void setScans(const QList<BatchScan>& scans);
     /// Parallel to the rows that have cells.
     const QList<BatchScan>& scans() const { return m_scans; }
@@ -28,6 +28,11 @@ public:
     /// Of the scans that are checked.
     QSet<QString> checkedGUIDs() const;
     void check(const QSet<QString>& guids);
+
+protected:
+    /// Cells out of sight are hidden: a repaint asks every visible one about all its siblings.
+    void updateEditorGeometries() override;
+    void scrollContentsBy(int dx, int dy) override;
 
 private slots:
     void checkAll();
@@ -40,11 +45,14 @@ private:
     void addMenuEntry(const QString& text, const QKeySequence& key, const char* slot);
     void setRow(int row, const BatchScan& scan);
     void setText(int row, int column, const QString& text);
+    void placeCells();
     void setChecked(const QList<int>& rows, bool checked);
     QList<int> allRows() const;
     QList<int> selectedRows() const;
 
     QList<BatchScan> m_scans;
+    int m_firstPlacedRow = 0;
+    int m_lastPlacedRow = -1;
 };
 
 } // namespace kelp::oct

@@ -4,6 +4,8 @@
 #include <QDirIterator>
 #include <QSet>
 
+#include <algorithm>
+
 namespace kelp::oct {
 
 namespace {
@@ -32,7 +34,13 @@ public:
             }
         }
     }
-    const QStringList& paths() const { return m_paths; }
+    int size() const { return m_paths.size(); }
+    /// The paths behind the first ones by name: a file system gives its folders in any order.
+    QStringList pathsSortedFrom(int first)
+    {
+        std::sort(m_paths.begin() + first, m_paths.end());
+        return m_paths;
+    }
 
 private:
     QSet<QString> m_folders;
@@ -48,6 +56,7 @@ std::optional<QStringList> collectExports(const QString& folder, const std::func
     const QDir top(folder);
     Collection collection;
     collection.addFolder(top);
+    const int ofTop = collection.size();
     // A folder counts through its "." entry, which the iteration gives for each.
     QDirIterator entries(top.path(), QDir::Dirs, QDirIterator::Subdirectories);
     while (entries.hasNext()) {
@@ -57,7 +66,7 @@ std::optional<QStringList> collectExports(const QString& folder, const std::func
         entries.next();
         collection.addFolder(entries.fileInfo().dir());
     }
-    return collection.paths();
+    return collection.pathsSortedFrom(ofTop);
 }
 
 } // namespace kelp::oct

@@ -160,7 +160,7 @@ void OCTBatchProcessModule::batchSegmentOCTs()
     m_log->clear();
     makeProgressDialog();
     if (!queueCheckedScans()) {
-        m_progressDialog->close();
+        m_progressDialog->hide(); // closing it would count as a cancel
         Trace() << "ERROR, did not get check box widget in oct table!";
         return;
     }

@@ -26,12 +26,6 @@ protected:
             writeSmallExport(QStringLiteral("%1").arg(i, 3, 10, QLatin1Char('0')), {}, options);
         }
     }
-    void press(int key, Qt::KeyboardModifiers modifiers = {})
-    {
-        window().activateWindow();
-        table().setFocus();
-        QTest::keyClick(&table(), static_cast<Qt::Key>(key), modifiers);
-    }
     QList<bool> checks() const
     {
         QList<bool> found;
@@ -91,9 +85,9 @@ TEST_F(BatchTab, StartsWithTheDefaultsAtTheFirstStart)
 
 TEST_F(BatchTab, RemembersTheCheckedOptions)
 {
-    click("Mouse");
-    click("Use ETDRS Mask");
-    click("Use Center Mask (ONH)");
+    clickOption("Mouse");
+    clickOption("Use ETDRS Mask");
+    clickOption("Use Center Mask (ONH)");
     makeModule();
     EXPECT_TRUE(button<QRadioButton>("Mouse").isChecked());
     EXPECT_FALSE(button<QRadioButton>("Healthy").isChecked());
@@ -289,7 +283,7 @@ TEST_F(BatchTab, ChecksManyRowsAtOnceByKeys)
 {
     writeSmallExports(4);
     importFolder(m_exports.path());
-    press(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+    checkAll();
     EXPECT_EQ(checks(), QList<bool>({true, true, true, true}));
     press(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(checks(), QList<bool>({false, false, false, false}));

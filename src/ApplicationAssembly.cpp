@@ -5,6 +5,7 @@
 #include "DataFactory.h"
 #include "LoadingInteraction.h"
 #include "OCTAutoSegmentationModule.h"
+#include "OCTBatchProcessModule.h"
 #include "OCTDecoderHeidelbergXML.h"
 #include "OCTHelpModule.h"
 #include "OCTManualSegmentationModule.h"
@@ -87,6 +88,7 @@ void assembleApplication(AppBase& application)
         activeDataItems, QStringLiteral("OCT Manual Segmentation")));
     application.addModule(
         new OCTMeasurementModule(activeDataItems, QStringLiteral("OCT Measurement")));
+    application.addModule(new OCTBatchProcessModule(QStringLiteral("OCT Batch Processing")));
     const QString help = QStringLiteral("OCT Help");
     application.addModule(new OCTHelpModule(help));
     application.setHelpModule(help);

@@ -14,9 +14,9 @@ namespace kelp::oct {
 namespace {
 
 constexpr char sourcePath[] = "libraries/OCTScan/src/view/EditMaskDialog";
-const QString geometryKey = QStringLiteral("Gui/editMaskDialog/geometry");
-constexpr int firstSize = 640;
-constexpr int smallestViewer = 320;
+const QString sizeKey = QStringLiteral("Gui/editMaskDialog/size");
+constexpr QSize firstSize(640, 720);
+constexpr QSize smallestViewer(320, 320);
 
 } // namespace
 
@@ -26,10 +26,9 @@ EditMaskDialog::EditMaskDialog(QWidget* parent)
     setWindowTitle(QStringLiteral("Edit Mask"));
     setModal(true);
     m_viewer->setObjectName(QStringLiteral("editMaskViewer"));
-    m_viewer->setMinimumSize(smallestViewer, smallestViewer);
+    m_viewer->setMinimumSize(smallestViewer);
     m_viewer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     m_viewer->setWheelZoomEnabled(true);
-    m_viewer->setTransformationAnchor(QGraphicsView::AnchorUnderMouse);
     m_viewer->setPickingEnabled(false);
 
     auto* const hint = new QLabel(
@@ -47,13 +46,12 @@ EditMaskDialog::EditMaskDialog(QWidget* parent)
     layout->addWidget(hint);
     layout->addWidget(m_viewer, 1);
     layout->addWidget(buttons);
-    resize(firstSize, firstSize);
-    restoreGeometry(Settings::get(geometryKey, QVariant()).toByteArray());
+    resize(Settings::get(sizeKey, QVariant(firstSize)).toSize());
 }
 
 void EditMaskDialog::done(int result)
 {
-    Settings::set(geometryKey, QVariant(saveGeometry()));
+    Settings::set(sizeKey, QVariant(size()));
     QDialog::done(result);
 }
 

@@ -135,7 +135,7 @@ void LocalizerControlWidget::clearOCT()
     const QSignalBlocker silent(m_slider);
     m_slider->setRange(0, 0);
     m_slider->setEnabled(false);
-    m_sliceNumber->display(0);
+    m_sliceNumber->display(QString());
     m_sliceNumber->setToolTip(QString());
 }
 
@@ -231,7 +231,10 @@ void LocalizerControlWidget::stepByWheel(QWheelEvent& event)
 bool LocalizerControlWidget::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::KeyPress) {
-        return stepByKey(static_cast<QKeyEvent*>(event)->key());
+        const auto& keyEvent = *static_cast<QKeyEvent*>(event);
+        // With modifiers they mean something else to the main form, such as the next tab.
+        return (keyEvent.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier &&
+               stepByKey(keyEvent.key());
     }
     if (event->type() == QEvent::Wheel) {
         // Without Ctrl it scrolls the panel, wherever the mouse happens to be.

@@ -8,6 +8,8 @@
 #include <QGraphicsScene>
 #include <QMouseEvent>
 
+#include <algorithm>
+
 namespace kelp::oct {
 
 namespace {
@@ -19,7 +21,11 @@ constexpr double maskZ = 0.5;
 /// Above the lines.
 constexpr double markZ = 2.0;
 constexpr double markRadius = 4.0; // pixels of the screen
-constexpr int activeZ = 1;
+constexpr double lineZ = 1.0;
+/// Where lines cross or lie close, the active one is to be seen.
+constexpr double activeLineZ = 1.5;
+/// Of the active line, as a share of the image's width: about two pixels in the panel.
+constexpr double activeLineWidth = 0.008;
 
 QPen hairline(const QColor& color)
 {
@@ -56,6 +62,8 @@ void LocalizerGraphicsViewer::setOCT(const OCTScanPtr& scan)
     }
     addOutline();
     addSlicePositions();
+    // Fixed, so that the view does not move with what is drawn beyond the image.
+    setSceneRect(shownRect());
     zoomToFit();
 }
 
@@ -140,18 +148,47 @@ void LocalizerGraphicsViewer::clearOCT()
     m_lastPicked.reset();
 }
 
+QRectF LocalizerGraphicsViewer::shownRect() const
+{
+    if (getImage()) {
+        return getImageRect();
+    }
+    QRectF rect;
+    for (const GIVector2DListPtr& line : m_slicePositionsGI) {
+        rect |= line->childrenBoundingRect();
+    }
+    const double margin = 0.1 * std::max(rect.width(), rect.height());
+    return rect.adjusted(-margin, -margin, margin, margin);
+}
+
 void LocalizerGraphicsViewer::zoomToFit()
 {
+    m_zoomedByUser = false;
     GIImageViewer::zoomToFit();
     if (getImage().isNull() && isVisible() && !m_slicePositionsGI.isEmpty()) {
-        fitInView(scene()->itemsBoundingRect(), Qt::KeepAspectRatio);
+        fitInView(shownRect(), Qt::KeepAspectRatio);
     }
+}
+
+void LocalizerGraphicsViewer::wheelEvent(QWheelEvent* event)
+{
+    const double before = getZoom();
+    GIImageViewer::wheelEvent(event);
+    m_zoomedByUser = m_zoomedByUser || getZoom() != before;
 }
 
 void LocalizerGraphicsViewer::showEvent(QShowEvent* event)
 {
     GIImageViewer::showEvent(event);
     zoomToFit();
+}
+
+void LocalizerGraphicsViewer::resizeEvent(QResizeEvent* event)
+{
+    GIImageViewer::resizeEvent(event);
+    if (!m_zoomedByUser) {
+        zoomToFit();
+    }
 }
 
 void LocalizerGraphicsViewer::setActiveSlice(int index)
@@ -162,12 +199,13 @@ void LocalizerGraphicsViewer::setActiveSlice(int index)
     }
     if (m_activeSlice >= 0) {
         m_slicePositionsGI[m_activeSlice]->setColor(Qt::green);
-        m_slicePositionsGI[m_activeSlice]->setZValue(activeZ);
+        m_slicePositionsGI[m_activeSlice]->resetPenWidth();
+        m_slicePositionsGI[m_activeSlice]->setZValue(lineZ);
     }
     m_activeSlice = index;
     m_slicePositionsGI[index]->setColor(Qt::red);
-    // Where lines cross or lie close, the active one is to be seen.
-    m_slicePositionsGI[index]->setZValue(activeZ + 0.5);
+    m_slicePositionsGI[index]->setPenWidth(activeLineWidth * sceneRect().width());
+    m_slicePositionsGI[index]->setZValue(activeLineZ);
     showActivePosition();
 }
 

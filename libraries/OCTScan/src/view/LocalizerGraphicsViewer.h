@@ -8,8 +8,6 @@
 
 #include <optional>
 
-class QAbstractGraphicsShapeItem;
-
 namespace kelp::oct {
 
 /// The localizer with the positions of all B-scans, the scan's outline and the mask. A mouse press
@@ -30,7 +28,7 @@ public:
     /// Off, the mouse selects nothing: it belongs to a tool of the scene. On at first.
     void setPickingEnabled(bool enabled) { m_pickingEnabled = enabled; }
 
-    /// Also without an image, to the B-scans.
+    /// Also without an image, to the B-scans. A resized viewer fits again unless the user zoomed.
     void zoomToFit() override;
 
     /// The lines of all B-scans in their order.
@@ -50,12 +48,15 @@ signals:
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void addSlicePositions();
     void addOutline();
     QList<Vector2d> slicePosition(const BScan& bScan) const;
+    QRectF shownRect() const;
     /// Makes the closest place active, and tells if it is not the one picked last.
     void pick(const QPoint& position, bool always);
     void showActivePosition();
@@ -71,6 +72,7 @@ private:
     int m_activePosition = -1;
     std::optional<AScanPlace> m_lastPicked;
     bool m_pickingEnabled = true;
+    bool m_zoomedByUser = false;
 };
 
 } // namespace kelp::oct

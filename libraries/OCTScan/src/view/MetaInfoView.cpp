@@ -7,6 +7,25 @@
 
 namespace kelp::oct {
 
+namespace {
+
+QString sectionToHtml(const MetaInfoSection& section)
+{
+    QString html;
+    if (!section.heading.isEmpty()) {
+        html += QStringLiteral("<p><b>%1</b></p>").arg(section.heading.toHtmlEscaped());
+    }
+    html += QStringLiteral("<table cellspacing=\"0\" cellpadding=\"1\" width=\"100%\">");
+    for (const MetaInfoLine& line : section.lines) {
+        // In one step: a value may contain what looks like another placeholder.
+        html += QStringLiteral("<tr><td width=\"45%\">%1:</td><td>%2</td></tr>")
+                    .arg(line.caption.toHtmlEscaped(), line.value.toHtmlEscaped());
+    }
+    return html + QStringLiteral("</table>");
+}
+
+} // namespace
+
 MetaInfoView::MetaInfoView(QWidget* parent) : QTextEdit(parent)
 {
     setReadOnly(true);
@@ -21,18 +40,13 @@ MetaInfoView::MetaInfoView(QWidget* parent) : QTextEdit(parent)
     fitHeight();
 }
 
-void MetaInfoView::addLines(const QString& heading, const QList<MetaInfoLine>& lines)
+void MetaInfoView::setSections(const QList<MetaInfoSection>& sections)
 {
     QString html;
-    if (!heading.isEmpty()) {
-        html += QStringLiteral("<p><b>%1</b></p>").arg(heading.toHtmlEscaped());
+    for (const MetaInfoSection& section : sections) {
+        html += sectionToHtml(section);
     }
-    html += QStringLiteral("<table cellspacing=\"0\" cellpadding=\"1\" width=\"100%\">");
-    for (const MetaInfoLine& line : lines) {
-        html += QStringLiteral("<tr><td width=\"45%\">%1:</td><td>%2</td></tr>")
-                    .arg(line.caption.toHtmlEscaped(), line.value.toHtmlEscaped());
-    }
-    append(html + QStringLiteral("</table>"));
+    setHtml(html);
     fitHeight();
 }
 

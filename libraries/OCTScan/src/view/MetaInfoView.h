@@ -6,6 +6,13 @@
 
 namespace kelp::oct {
 
+/// Lines that belong together. The heading may be empty.
+struct MetaInfoSection
+{
+    QString heading;
+    QList<MetaInfoLine> lines;
+};
+
 /// Captions and values below each other, for reading and copying. As high as its text needs.
 class MetaInfoView : public QTextEdit
 {
@@ -14,8 +21,7 @@ class MetaInfoView : public QTextEdit
 public:
     explicit MetaInfoView(QWidget* parent = nullptr);
 
-    /// The heading stands above the lines; may be empty.
-    void addLines(const QString& heading, const QList<MetaInfoLine>& lines);
+    void setSections(const QList<MetaInfoSection>& sections);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -1,23 +1,25 @@
 #include "OCTScanControlWidget.h"
 
-#include "EditMaskDialog.h"
 #include "FailureBox.h"
 #include "LocalizerControlWidget.h"
-#include "LocalizerGraphicsViewer.h"
 #include "MetaInfoView.h"
+#include "OCTScanChecks.h"
 #include "OCTScanSelectionWidget.h"
 #include "OCTSegmentationSelectionWidget.h"
 #include "kelpCheck.h"
 #include "kelpRegionTool.h"
 #include "kelpTrace.h"
 
-#include <QGraphicsScene>
+#include <QApplication>
 #include <QGroupBox>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QStyle>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace kelp::oct {
 
@@ -27,35 +29,63 @@ constexpr char sourcePath[] = "libraries/OCTScan/src/view/OCTScanControlWidget";
 constexpr char scanIsNull[] = "OCT scan is null.";
 constexpr char segmentationIsNull[] = "OCT scan segmentation is null.";
 constexpr char maskIsNull[] = "Mask is null.";
-constexpr char toolIsNull[] = "Active region tool is null.";
-constexpr int panelWidth = 310;
-constexpr int listHeight = 90;
+constexpr int usualWidth = 310;
+constexpr int usualHeight = 700;
+constexpr int scanListHeight = 80;
+/// Between the contents and the scroll bar.
+constexpr int contentMargin = 4;
 
-const QString maskErrorTitle = QStringLiteral("Mask Editing Dialog Error");
+QWidget* grouped(const QString& caption, QWidget* widget)
+{
+    auto* const group = new QGroupBox(caption);
+    auto* const layout = new QVBoxLayout(group);
+    layout->addWidget(widget);
+    return group;
+}
+
+/// Reading a large scan takes a moment.
+class BusyCursor
+{
+public:
+    BusyCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    BusyCursor(const BusyCursor&) = delete;
+    BusyCursor& operator=(const BusyCursor&) = delete;
+    ~BusyCursor() { QApplication::restoreOverrideCursor(); }
+};
+
+/// Throws a kelp::Exception that tells what is wrong with the item.
+OCTScanPtr loadedScan(Data* item)
+{
+    if (!item) {
+        throw Exception("Data is null.");
+    }
+    if (!item->isA(OCTScan::classId())) {
+        throw Exception("Data is not an OCT scan.");
+    }
+    const OCTScanPtr scan = dynamic_cast<OCTScan*>(item);
+    if (scan) {
+        const BusyCursor busy;
+        loadScan(*scan);
+    }
+    if (scan.isNull()) {
+        throw Exception("The OCT scan is null.");
+    }
+    return scan;
+}
 
 } // namespace
 
 OCTScanControlWidget::OCTScanControlWidget(QWidget* parent)
-    : QWidget(parent), m_regionTool(new RegionTool)
+    : QWidget(parent), m_scroller(new QScrollArea), m_regionTool(new RegionTool)
 {
-    auto* const content = new QWidget;
-    auto* const column = new QVBoxLayout(content);
-    column->addWidget(createDataSelection());
-    m_localizer = new LocalizerControlWidget;
-    column->addWidget(m_localizer);
-    column->addWidget(createMaskGroup());
-    addInformation(*column);
-    column->addStretch();
-
-    auto* const scroller = new QScrollArea;
-    scroller->setWidgetResizable(true);
-    scroller->setFrameShape(QFrame::NoFrame);
-    scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroller->setWidget(content);
+    m_scroller->setWidget(createContent());
+    m_scroller->setWidgetResizable(true);
+    m_scroller->setFrameShape(QFrame::NoFrame);
+    m_scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(scroller);
-    setFixedWidth(panelWidth);
+    layout->addWidget(m_scroller);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     connectSignals();
     clearOCT();
 }
@@ -66,12 +96,32 @@ OCTScanControlWidget::~OCTScanControlWidget()
     delete m_regionTool;
 }
 
+QWidget* OCTScanControlWidget::createContent()
+{
+    m_localizer = new LocalizerControlWidget;
+    m_scanInformation = new MetaInfoView;
+    m_scanInformation->setObjectName(QStringLiteral("scanInformation"));
+    m_bScanInformation = new MetaInfoView;
+    m_bScanInformation->setObjectName(QStringLiteral("bScanInformation"));
+
+    auto* const content = new QWidget;
+    auto* const column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, contentMargin, 0);
+    // What is left of a high window goes to the lists.
+    column->addWidget(createDataSelection(), 1);
+    column->addWidget(m_localizer);
+    column->addLayout(createMaskRow());
+    column->addWidget(grouped(QStringLiteral("OCT Scan Information:"), m_scanInformation));
+    column->addWidget(grouped(QStringLiteral("BScan Information:"), m_bScanInformation));
+    return content;
+}
+
 QWidget* OCTScanControlWidget::createDataSelection()
 {
     m_scanSelection = new OCTScanSelectionWidget;
-    m_scanSelection->setMinimumHeight(listHeight);
+    m_scanSelection->setMinimumHeight(scanListHeight);
+    m_scanSelection->setToolTip(QStringLiteral("Double-click a scan to open it."));
     m_segmentationSelection = new OCTSegmentationSelectionWidget;
-    m_segmentationSelection->setMinimumHeight(listHeight);
     auto* const group = new QGroupBox(QStringLiteral("Data Selection"));
     auto* const layout = new QVBoxLayout(group);
     layout->addWidget(new QLabel(QStringLiteral("OCT Scans:")));
@@ -81,31 +131,29 @@ QWidget* OCTScanControlWidget::createDataSelection()
     return group;
 }
 
-QWidget* OCTScanControlWidget::createMaskGroup()
+QLayout* OCTScanControlWidget::createMaskRow()
 {
     m_editMaskButton = new QPushButton(QStringLiteral("Edit Mask"));
     m_editMaskButton->setObjectName(QStringLiteral("editMask"));
-    auto* const group = new QGroupBox(QStringLiteral("Edit Mask:"));
-    auto* const layout = new QVBoxLayout(group);
-    layout->addWidget(m_editMaskButton);
-    return group;
+    m_editMaskButton->setToolTip(
+        QStringLiteral("Exclude regions of the scan. A mask belongs to a segmentation: "
+                       "select or make one first."));
+    auto* const row = new QHBoxLayout;
+    row->addWidget(new QLabel(QStringLiteral("Edit Mask:")));
+    row->addWidget(m_editMaskButton, 1);
+    return row;
 }
 
-void OCTScanControlWidget::addInformation(QVBoxLayout& column)
+QSize OCTScanControlWidget::sizeHint() const
 {
-    const auto add = [&column](const QString& caption, const QString& name) {
-        auto* const view = new MetaInfoView;
-        view->setObjectName(name);
-        auto* const group = new QGroupBox(caption);
-        auto* const layout = new QVBoxLayout(group);
-        layout->addWidget(view);
-        column.addWidget(group);
-        return view;
-    };
-    m_scanInformation =
-        add(QStringLiteral("OCT Scan Information:"), QStringLiteral("scanInformation"));
-    m_bScanInformation =
-        add(QStringLiteral("BScan Information:"), QStringLiteral("bScanInformation"));
+    const int contentWidth = m_scroller->widget()->minimumSizeHint().width();
+    const int scrollBarWidth = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
+    return {std::max(usualWidth, contentWidth + scrollBarWidth), usualHeight};
+}
+
+QSize OCTScanControlWidget::minimumSizeHint() const
+{
+    return {sizeHint().width(), 0};
 }
 
 void OCTScanControlWidget::connectSignals()
@@ -199,8 +247,8 @@ void OCTScanControlWidget::clearOCT()
     m_scanSelection->setSelected(nullptr);
     m_segmentationSelection->updateList(OCTScanPtr());
     m_localizer->clearOCT();
-    m_scanInformation->clear();
-    m_bScanInformation->clear();
+    m_scanInformation->setSections({});
+    m_bScanInformation->setSections({});
 }
 
 void OCTScanControlWidget::forgetSegmentation()
@@ -214,12 +262,12 @@ void OCTScanControlWidget::forgetSegmentation()
 void OCTScanControlWidget::showScanInformation()
 {
     const QLocale locale;
-    m_scanInformation->clear();
-    m_scanInformation->addLines(QString(), metaInfoLines(m_octScan->getMetaInfo(), locale));
+    QList<MetaInfoSection> sections{{QString(), metaInfoLines(m_octScan->getMetaInfo(), locale)}};
     if (const auto localizer = m_octScan->getLocalizer()) {
-        m_scanInformation->addLines(QStringLiteral("Localizer"),
-                                    metaInfoLines(localizer->getMetaInfo(), locale));
+        sections.append(
+            {QStringLiteral("Localizer"), metaInfoLines(localizer->getMetaInfo(), locale)});
     }
+    m_scanInformation->setSections(sections);
 }
 
 void OCTScanControlWidget::showBScanInformation(int bScanIndex)
@@ -227,28 +275,9 @@ void OCTScanControlWidget::showBScanInformation(int bScanIndex)
     if (bScanIndex < 0 || bScanIndex >= m_octScan->getBScanCount()) {
         return;
     }
-    m_bScanInformation->clear();
-    if (const auto bScan = m_octScan->getBScan(static_cast<unsigned>(bScanIndex))) {
-        m_bScanInformation->addLines(QString(), metaInfoLines(bScan->getMetaInfo(), QLocale()));
-    }
-}
-
-OCTScanPtr OCTScanControlWidget::loadedScan(Data* item)
-{
-    if (!item) {
-        throw Exception("Data is null.");
-    }
-    if (!item->isA(OCTScan::classId())) {
-        throw Exception("Data is not an OCT scan.");
-    }
-    const OCTScanPtr scan = dynamic_cast<OCTScan*>(item);
-    if (scan) {
-        scan->ensureLoaded();
-    }
-    if (scan.isNull()) {
-        throw Exception("The OCT scan is null.");
-    }
-    return scan;
+    const auto bScan = m_octScan->getBScan(static_cast<unsigned>(bScanIndex));
+    const MetaInfo metaInfo = bScan ? bScan->getMetaInfo() : MetaInfo();
+    m_bScanInformation->setSections({{QString(), metaInfoLines(metaInfo, QLocale())}});
 }
 
 void OCTScanControlWidget::octScanSelected(Data* item)
@@ -261,6 +290,9 @@ void OCTScanControlWidget::octScanSelected(Data* item)
                                   });
     if (selected) {
         emit newOCTScanLoaded(scan);
+    } else {
+        // The list is not to name another scan than the one shown.
+        m_scanSelection->setSelected(m_octScan.data());
     }
 }
 
@@ -294,86 +326,6 @@ void OCTScanControlWidget::btnDeleteSegmentationPressed()
     }
     emit deleteSegment(segmentation);
     refresh();
-}
-
-void OCTScanControlWidget::showMask()
-{
-    m_localizer->setMask(m_mask);
-    if (m_editMaskDialog) {
-        m_editMaskDialog->getViewer()->setMask(m_mask);
-    }
-}
-
-void OCTScanControlWidget::updateMask()
-{
-    constexpr Place place{sourcePath, "kelp::oct::OCTScanControlWidget::updateMask"};
-    check(!m_octScanSegmentation.isNull(), place, segmentationIsNull);
-    m_mask = m_octScanSegmentation->getMask();
-    check(!m_mask.isNull(), place, maskIsNull);
-    showMask();
-}
-
-void OCTScanControlWidget::editMaskPressed()
-{
-    guarded(this, QStringLiteral("Editing the mask failed:\n"), maskErrorTitle,
-            [this] { openEditMaskFrame(); });
-}
-
-void OCTScanControlWidget::openEditMaskFrame()
-{
-    constexpr Place place{sourcePath, "kelp::oct::OCTScanControlWidget::openEditMaskFrame"};
-    check(!m_octScan.isNull(), place, "OCT is null.");
-    check(!m_regionTool.isNull(), place, toolIsNull);
-
-    EditMaskDialog editMaskDialog(this);
-    if (!guarded(this, QStringLiteral("Setting the OCT in the mask editing dialog failed:\n"),
-                 maskErrorTitle, [&] { editMaskDialog.getViewer()->setOCT(m_octScan); })) {
-        return;
-    }
-    drawMask(editMaskDialog);
-}
-
-void OCTScanControlWidget::drawMask(EditMaskDialog& dialog)
-{
-    EditMaskDialog* const editMaskDialog = &dialog;
-    m_editMaskDialog = editMaskDialog;
-    if (m_mask) {
-        editMaskDialog->getViewer()->setMask(m_mask);
-    }
-    QGraphicsScene* const scene = editMaskDialog->getViewer()->scene();
-    scene->addItem(m_regionTool);
-    m_regionTool->resetPolygon();
-    KELP_CONNECT(sourcePath,
-                 connect(editMaskDialog, SIGNAL(btnClearClicked()), this, SLOT(deleteAllMasks())));
-    KELP_CONNECT(sourcePath, connect(m_regionTool, SIGNAL(polygonCreated(QPolygonF)), this,
-                                     SLOT(polygonCreated(QPolygonF)), Qt::UniqueConnection));
-    m_regionTool->grabMouse();
-    editMaskDialog->exec();
-    scene->removeItem(m_regionTool);
-    m_regionTool->resetPolygon();
-}
-
-void OCTScanControlWidget::polygonCreated(QPolygonF polygonPoints)
-{
-    constexpr Place place{sourcePath, "kelp::oct::OCTScanControlWidget::polygonCreated"};
-    check(!m_mask.isNull(), place, maskIsNull);
-    m_mask->addPolygon(polygonPoints);
-    showMask();
-    if (m_regionTool) {
-        m_regionTool->resetPolygon();
-    }
-    emit maskChanged();
-}
-
-void OCTScanControlWidget::deleteAllMasks()
-{
-    constexpr Place place{sourcePath, "kelp::oct::OCTScanControlWidget::deleteAllMasks"};
-    check(!m_mask.isNull(), place, maskIsNull);
-    check(!m_regionTool.isNull(), place, toolIsNull);
-    m_mask->clear();
-    showMask();
-    m_regionTool->resetPolygon();
-    emit maskChanged();
 }
 
 } // namespace kelp::oct

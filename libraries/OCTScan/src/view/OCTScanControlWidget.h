@@ -7,7 +7,7 @@
 #include <QWidget>
 
 class QPushButton;
-class QVBoxLayout;
+class QScrollArea;
 
 namespace kelp {
 class RegionTool;
@@ -34,6 +34,10 @@ public:
     OCTScanPtr getOCT() const;
     /// -1 without a scan.
     int getActiveBScan() const;
+
+    /// As wide as its contents and a scroll bar need.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
 public slots:
     /// Starts at the middle B-scan, without segmentation and mask. Throws kelp::Assertion for null.
@@ -69,20 +73,19 @@ private slots:
     void localizerBScanSelected(int bScanIndex);
 
 private:
+    QWidget* createContent();
     QWidget* createDataSelection();
-    QWidget* createMaskGroup();
-    void addInformation(QVBoxLayout& layout);
+    QLayout* createMaskRow();
     void connectSignals();
-    /// Throws a kelp::Exception that tells what is wrong with the data.
-    OCTScanPtr loadedScan(Data* item);
     void showScanInformation();
     void showBScanInformation(int bScanIndex);
     void forgetSegmentation();
     /// On the localizer, and in the mask editor while it is open.
     void showMask();
-    /// Shows the dialog with the tool in its scene.
-    void drawMask(EditMaskDialog& dialog);
+    void connectTool(EditMaskDialog* editMaskDialog);
+    void takeToolBack();
 
+    QScrollArea* m_scroller = nullptr;
     OCTScanSelectionWidget* m_scanSelection = nullptr;
     OCTSegmentationSelectionWidget* m_segmentationSelection = nullptr;
     LocalizerControlWidget* m_localizer = nullptr;

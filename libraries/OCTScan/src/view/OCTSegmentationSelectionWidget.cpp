@@ -1,6 +1,7 @@
 #include "OCTSegmentationSelectionWidget.h"
 
 #include "AppBase.h"
+#include "HeidelbergExport.h"
 #include "OCTScanUtils.h"
 #include "kelpCheck.h"
 #include "kelpTrace.h"
@@ -20,17 +21,6 @@ namespace kelp::oct {
 namespace {
 
 constexpr char sourcePath[] = "libraries/OCTScan/src/view/OCTSegmentationSelectionWidget";
-
-/// Stars and unknown patterns have no geometry that a segmentation could be made in.
-bool canBeSegmented(const OCTScanPtr& scan)
-{
-    if (scan.isNull() || !scan->isLoaded()) {
-        return false;
-    }
-    const OCTScanPattern& pattern = *scan->getScanPattern();
-    return pattern == OCTScanPatternVolume() || pattern == OCTScanPatternSingleBScan() ||
-           pattern == OCTScanPatternCircularBScan();
-}
 
 /// By id; numbers in ids count as numbers, so that "_2" comes before "_10".
 QList<OCTScanSegPtr> sortedById(QList<OCTScanSegPtr> segmentations)
@@ -109,7 +99,7 @@ void OCTSegmentationSelectionWidget::updateList(OCTScanPtr oct)
     if (oct.isNull()) {
         return;
     }
-    m_newButton->setEnabled(canBeSegmented(oct));
+    enableNew(oct);
     const auto segmentations =
         sortedById(OCTScanUtils::getAllSegmentationsOf(AppBase::getCurrentStudy(), oct));
     for (const OCTScanSegPtr& segmentation : segmentations) {
@@ -135,7 +125,19 @@ void OCTSegmentationSelectionWidget::updateEnabledStatuses()
 {
     const OCTScanSegPtr segmentation = getSelected();
     m_deleteButton->setEnabled(!segmentation.isNull());
-    m_newButton->setEnabled(!segmentation.isNull() && canBeSegmented(segmentation->getOCT()));
+    m_newButton->setEnabled(false);
+    if (segmentation) {
+        enableNew(segmentation->getOCT());
+    }
+}
+
+void OCTSegmentationSelectionWidget::enableNew(const OCTScanPtr& scan)
+{
+    const bool loaded = scan && scan->isLoaded();
+    m_newButton->setEnabled(loaded && canBeSegmented(*scan->getScanPattern()));
+    m_newButton->setToolTip(loaded && !m_newButton->isEnabled()
+                                ? QStringLiteral("Scans of this pattern cannot be segmented.")
+                                : QString());
 }
 
 bool OCTSegmentationSelectionWidget::eventFilter(QObject* watched, QEvent* event)
@@ -143,21 +145,44 @@ bool OCTSegmentationSelectionWidget::eventFilter(QObject* watched, QEvent* event
     if (event->type() != QEvent::KeyPress) {
         return QWidget::eventFilter(watched, event);
     }
-    switch (static_cast<QKeyEvent*>(event)->key()) {
+    auto& keyEvent = *static_cast<QKeyEvent*>(event);
+    switch (keyEvent.key()) {
     case Qt::Key_Delete:
-        if (m_deleteButton->isEnabled()) {
-            m_deleteButton->click();
-        }
-        return true;
+        deleteSelected();
+        break;
     case Qt::Key_Return:
     case Qt::Key_Enter:
     case Qt::Key_Space:
-        if (!getSelected().isNull()) {
-            selectionClicked(m_list->selectedItems().first());
-        }
-        return true;
+        openSelected();
+        break;
     default:
-        return false;
+        moveSelection(keyEvent);
+    }
+    return true;
+}
+
+void OCTSegmentationSelectionWidget::deleteSelected()
+{
+    if (m_deleteButton->isEnabled()) {
+        m_deleteButton->click();
+    }
+}
+
+void OCTSegmentationSelectionWidget::openSelected()
+{
+    const QList<QListWidgetItem*> selected = m_list->selectedItems();
+    if (!selected.isEmpty()) {
+        selectionClicked(selected.first());
+    }
+}
+
+void OCTSegmentationSelectionWidget::moveSelection(QKeyEvent& event)
+{
+    const OCTScanSegPtr before = getSelected();
+    // Past the filter, which has the event already.
+    static_cast<QObject*>(m_list)->event(&event);
+    if (getSelected() != before) {
+        openSelected();
     }
 }
 

@@ -5,13 +5,15 @@
 #include <QMap>
 #include <QWidget>
 
+class QKeyEvent;
 class QListWidget;
 class QListWidgetItem;
 class QPushButton;
 
 namespace kelp::oct {
 
-/// The segmentations of a scan by their ids, and the buttons that make and delete one.
+/// The segmentations of a scan by their ids, and the buttons that make and delete one. A click, the
+/// keys that move through the list, and Enter select; Delete asks for the deletion.
 class OCTSegmentationSelectionWidget : public QWidget
 {
     Q_OBJECT
@@ -43,7 +45,11 @@ protected:
 
 private:
     void connectSignals();
-    void choose(QListWidgetItem* item);
+    void enableNew(const OCTScanPtr& scan);
+    void deleteSelected();
+    void openSelected();
+    /// Lets the list handle the key, then opens what it selected.
+    void moveSelection(QKeyEvent& event);
 
     QListWidget* m_list = nullptr;
     QPushButton* m_newButton = nullptr;

@@ -32,7 +32,8 @@ EditMaskDialog::EditMaskDialog(QWidget* parent)
     m_viewer->setPickingEnabled(false);
 
     auto* const hint = new QLabel(
-        QStringLiteral("Click or draw with the left button; the right button closes the polygon."));
+        QStringLiteral("Click or draw with the left button; the right button closes the polygon. "
+                       "The wheel zooms."));
     hint->setWordWrap(true);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     auto* const clearButton = new QPushButton(QStringLiteral("Delete All Masks"));

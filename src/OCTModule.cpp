@@ -176,7 +176,9 @@ void OCTModule::setOCTScanSegmentationPrivate(OCTScanSegPtr segmentation)
 
 void OCTModule::showBScan(int index)
 {
-    const bool valid = m_octScan && index >= 0 && index < m_octScan->getBScanCount();
+    // The panel has no scan if something failed before.
+    const OCTScanPtr scan = m_controlWidget->getOCT();
+    const bool valid = scan && index >= 0 && index < scan->getBScanCount();
     if (!valid || index == m_controlWidget->getActiveBScan()) {
         return;
     }

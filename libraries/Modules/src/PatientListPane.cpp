@@ -40,6 +40,7 @@ PatientListPane::PatientListPane(QWidget* parent)
     box->addWidget(m_problems);
     KELP_CONNECT(sourcePath,
                  connect(m_search, SIGNAL(textChanged(QString)), this, SLOT(search(QString))));
+    KELP_CONNECT(sourcePath, connect(m_search, SIGNAL(returnPressed()), this, SLOT(enterList())));
     KELP_CONNECT(sourcePath,
                  connect(m_problems, SIGNAL(linkActivated(QString)), this, SLOT(showProblems())));
     KELP_CONNECT(sourcePath, connect(m_view->selectionModel(),
@@ -64,10 +65,9 @@ void PatientListPane::refresh()
     for (const DataPointer<Patient>& patient : selectedPatients()) {
         selected.append(patient->getGUID());
     }
-    CaError error;
     {
         const QSignalBlocker blocker(m_view->selectionModel());
-        error = m_model->refresh();
+        m_storeError = m_model->refresh();
         if (current) {
             m_view->selectionModel()->setCurrentIndex(m_filter->indexOf(current->getGUID()),
                                                       QItemSelectionModel::NoUpdate);
@@ -78,23 +78,23 @@ void PatientListPane::refresh()
         }
     }
     m_view->viewport()->update();
-    showState(error);
+    showState();
     emit selectionChanged();
 }
 
-void PatientListPane::showState(const CaError& error)
+void PatientListPane::showState()
 {
     const int problems = DataIOManager::getProblems().size();
-    if (error != CaError::nullError) {
+    if (m_storeError != CaError::nullError) {
         m_problems->setText(QStringLiteral("The patient store cannot be used: %1")
-                                .arg(error.toString().toHtmlEscaped()));
+                                .arg(m_storeError.toString().toHtmlEscaped()));
     } else if (problems > 0) {
         m_problems->setText(
             (problems == 1 ? QStringLiteral("One patient file could not be read. ")
                            : QStringLiteral("%1 patient files could not be read. ").arg(problems)) +
             QStringLiteral("<a href=\"problems\">Show why</a>"));
     }
-    m_problems->setVisible(error != CaError::nullError || problems > 0);
+    m_problems->setVisible(m_storeError != CaError::nullError || problems > 0);
     QString hint;
     if (m_model->rowCount() == 0) {
         hint = QStringLiteral("No patients yet.\nPress \"New Patient\" to enter one, or \"Import\" "
@@ -124,8 +124,25 @@ void PatientListPane::showProblems()
 
 void PatientListPane::search(const QString& text)
 {
+    const DataPointer<Patient> current = currentPatient();
+    if (current) {
+        m_lastSelected = current->getGUID();
+    }
     m_filter->setSearch(text);
-    showState(CaError::nullError);
+    showState();
+    if (selectedPatients().isEmpty() && m_filter->indexOf(m_lastSelected).isValid()) {
+        select(m_lastSelected);
+    }
+}
+
+void PatientListPane::enterList()
+{
+    if (m_filter->rowCount() > 0) {
+        if (selectedPatients().isEmpty()) {
+            selectRow(0);
+        }
+        m_view->setFocus(Qt::OtherFocusReason);
+    }
 }
 
 DataPointer<Patient> PatientListPane::currentPatient() const

@@ -45,11 +45,12 @@ signals:
 
 private slots:
     void search(const QString& text);
+    void enterList();
     void showProblems();
 
 private:
     void makeView();
-    void showState(const CaError& error);
+    void showState();
 
     PatientListModel* m_model;
     PatientFilterModel* m_filter;
@@ -57,6 +58,9 @@ private:
     QTreeView* m_view = nullptr;
     QLabel* m_problems = nullptr;
     HintOverlay* m_hint = nullptr;
+    CaError m_storeError;
+    /// Selected last; a search may hide it for a while.
+    QString m_lastSelected;
 };
 
 } // namespace kelp::patients

@@ -79,7 +79,7 @@ void PatientListModel::setPatients(const QList<Patient*>& patients)
     std::vector<Row> rows;
     rows.reserve(static_cast<std::size_t>(patients.size()));
     for (Patient* const patient : sortedByName(patients)) {
-        rows.push_back({DataPointer<Patient>(patient), searchableOf(*patient)});
+        rows.push_back({DataPointer<Patient>(patient), Searchable()});
     }
     m_rows = std::move(rows);
     endResetModel();
@@ -119,7 +119,11 @@ int PatientListModel::rowOf(const QString& guid) const
 
 const Searchable& PatientListModel::searchableAt(int row) const
 {
-    return m_rows[static_cast<std::size_t>(row)].searchable;
+    const Row& searched = m_rows[static_cast<std::size_t>(row)];
+    if (searched.searchable.patientNumber.isEmpty()) {
+        searched.searchable = searchableOf(*searched.patient);
+    }
+    return searched.searchable;
 }
 
 int PatientListModel::rowCount(const QModelIndex& parent) const

@@ -47,7 +47,8 @@ private:
     struct Row
     {
         DataPointer<Patient> patient;
-        Searchable searchable;
+        /// Made when it is first searched.
+        mutable Searchable searchable;
     };
 
     void setPatients(const QList<Patient*>& patients);

@@ -10,17 +10,30 @@ if(NOT EXISTS "${plugin_folder}/imageformats/libqtiff.so")
 endif()
 
 set(TESSERA_PLUGIN_FOLDER "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/plugins")
+# What the programs use, rather than whatever this machine has: the package depends on no more.
+set(plugin_names
+    imageformats/libqgif.so imageformats/libqico.so imageformats/libqjpeg.so
+    imageformats/libqtiff.so
+    platforms/libqminimal.so platforms/libqoffscreen.so platforms/libqxcb.so
+    platforminputcontexts/libcomposeplatforminputcontextplugin.so
+    platforminputcontexts/libibusplatforminputcontextplugin.so)
 set(copy_commands)
-foreach(kind imageformats platforms platforminputcontexts xcbglintegrations)
-    if(EXISTS "${plugin_folder}/${kind}")
-        list(APPEND copy_commands COMMAND ${CMAKE_COMMAND} -E copy_directory
-            "${plugin_folder}/${kind}" "${TESSERA_PLUGIN_FOLDER}/${kind}")
-        install(DIRECTORY "${plugin_folder}/${kind}" DESTINATION "${TESSERA_PROGRAM_FOLDER}/plugins")
+set(plugin_files)
+foreach(name IN LISTS plugin_names)
+    if(EXISTS "${plugin_folder}/${name}")
+        get_filename_component(kind "${name}" DIRECTORY)
+        list(APPEND plugin_files "${plugin_folder}/${name}")
+        list(APPEND copy_commands
+            COMMAND ${CMAKE_COMMAND} -E make_directory "${TESSERA_PLUGIN_FOLDER}/${kind}"
+            COMMAND ${CMAKE_COMMAND} -E copy "${plugin_folder}/${name}"
+                "${TESSERA_PLUGIN_FOLDER}/${name}")
+        install(FILES "${plugin_folder}/${name}"
+            DESTINATION "${TESSERA_PROGRAM_FOLDER}/plugins/${kind}")
     endif()
 endforeach()
-file(GLOB plugin_files "${plugin_folder}/imageformats/*.so" "${plugin_folder}/platforms/*.so")
 set(copied_stamp "${CMAKE_BINARY_DIR}/tessera-plugins.stamp")
 add_custom_command(OUTPUT "${copied_stamp}"
+    COMMAND ${CMAKE_COMMAND} -E rm -rf "${TESSERA_PLUGIN_FOLDER}"
     ${copy_commands}
     COMMAND ${CMAKE_COMMAND} -E touch "${copied_stamp}"
     DEPENDS ${plugin_files}

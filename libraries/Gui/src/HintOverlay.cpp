@@ -7,7 +7,7 @@ namespace kelp {
 
 namespace {
 
-constexpr int hintMargin = 24;
+constexpr int hintMargin = 8;
 
 } // namespace
 
@@ -22,9 +22,9 @@ HintOverlay::HintOverlay(QWidget* target) : QLabel(target)
     setFocusPolicy(Qt::NoFocus);
     // Opaque, so that it can be read over a viewer's own background. Not in the role of
     // placeholder texts: default palettes give it a brush that draws nothing.
-    const bool isInView = qobject_cast<QAbstractScrollArea*>(target) != nullptr;
-    setBackgroundRole(isInView ? QPalette::Base : QPalette::Window);
-    setForegroundRole(isInView ? QPalette::Text : QPalette::WindowText);
+    const auto* const area = qobject_cast<QAbstractScrollArea*>(target);
+    setBackgroundRole((area ? area->viewport() : target)->backgroundRole());
+    setForegroundRole(backgroundRole() == QPalette::Base ? QPalette::Text : QPalette::WindowText);
     setAutoFillBackground(true);
     target->installEventFilter(this);
     setGeometry(target->contentsRect());

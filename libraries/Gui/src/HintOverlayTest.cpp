@@ -1,5 +1,6 @@
 #include "HintOverlay.h"
 
+#include <QGraphicsView>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -34,6 +35,22 @@ TEST(HintOverlay, CoversItsTargetHoweverThatIsResized)
         target.resize(size);
         EXPECT_EQ(overlay.geometry(), target.contentsRect());
     }
+}
+
+TEST(HintOverlay, CanBeReadOverWhateverItsTargetPaints)
+{
+    QGraphicsView dark;
+    dark.setBackgroundBrush(Qt::black);
+    for (QWidget* const target : {static_cast<QWidget*>(&dark), dark.viewport()}) {
+        HintOverlay overlay(target);
+        EXPECT_TRUE(overlay.autoFillBackground());
+        EXPECT_EQ(overlay.backgroundRole(), QPalette::Base);
+        EXPECT_EQ(overlay.foregroundRole(), QPalette::Text);
+    }
+    QWidget plain;
+    const HintOverlay overlay(&plain);
+    EXPECT_EQ(overlay.backgroundRole(), QPalette::Window);
+    EXPECT_EQ(overlay.foregroundRole(), QPalette::WindowText);
 }
 
 TEST(HintOverlay, LetsTheMouseThrough)

@@ -108,19 +108,21 @@ void MainForm::makeHelpMenu()
 
 void MainForm::makeStatusBar()
 {
-    const auto addLabel = [this](const char* name) {
+    // Together they leave a narrow form room for passing messages.
+    const auto addLabel = [this](const char* name, int widestCharacters) {
         auto* const label = new ElidedLabel(this);
         label->setObjectName(QString::fromLatin1(name));
         constexpr int labelMargin = 3;
         label->setMargin(labelMargin);
+        label->setWidestCharacters(widestCharacters);
         statusBar()->addPermanentWidget(label);
         return label;
     };
-    m_failureLabel = addLabel("saveFailureLabel");
+    m_failureLabel = addLabel("saveFailureLabel", 30);
     m_failureLabel->setForegroundRole(QPalette::BrightText);
-    m_patientLabel = addLabel("patientLabel");
-    m_studyLabel = addLabel("studyLabel");
-    m_scanLabel = addLabel("scanLabel");
+    m_patientLabel = addLabel("patientLabel", 32);
+    m_studyLabel = addLabel("studyLabel", 26);
+    m_scanLabel = addLabel("scanLabel", 30);
     setSelection({}, {});
     setScan({});
     setSaveState(false, {});

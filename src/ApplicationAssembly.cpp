@@ -66,6 +66,7 @@ void registerFactories()
     createXMLDataTreeIOFactory();
     createOCTScanFactory();
     createOCTScanLoadingWidgetFactory();
+    createOCTScanLoadingWidgetFactory();
     constexpr int linkFlags = 2;
     linkDataToWidget(QStringLiteral("OCTScan"), QStringLiteral("OCTScanLoadingWidget"),
                      QStringLiteral("OCT Image"), linkFlags, QString());

@@ -7,6 +7,7 @@
 #include "FileIO.h"
 #include "OCTDecoder.h"
 #include "OCTScan.h"
+#include "OCTScanLoadingWidget.h"
 #include "kelpTrace.h"
 
 #include <QAction>
@@ -72,6 +73,11 @@ TEST(RegisterFactories, OffersScansAsOCTImagesHoweverOftenItRuns)
     EXPECT_EQ(link.label, QStringLiteral("OCT Image"));
     EXPECT_EQ(link.flags, 2);
     EXPECT_EQ(link.extra, QString());
+
+    QWidget dialog;
+    const DataPointer<OCTScan> scan(new OCTScan);
+    EXPECT_TRUE(qobject_cast<OCTScanLoadingWidget*>(
+        DataFactory::makeWidget(link, scan.data(), QStringLiteral("scan"), &dialog)));
 }
 
 class Assembly : public ::testing::Test

@@ -179,6 +179,7 @@ int AppBase::run()
     m_form->show();
     enterFirstModule();
     m_isRunning = true;
+    m_isClosed = false;
     // From inside the event loop, so that the program can be ended while its box is open.
     QMetaObject::invokeMethod(this, "tellStoreProblems", Qt::QueuedConnection);
     const int exitCode = QApplication::exec();
@@ -346,6 +347,7 @@ bool AppBase::saveAtEnd()
 void AppBase::saveAfterForcedEnd()
 {
     m_modules->leave();
+    m_form->storePlace();
     if (!m_saver->save(kelp::PatientSaver::CallerTells)) {
         kelp::Log::getInstance(sourcePath, "AppBase::run", __LINE__)
             << "Changes could not be saved: " << m_saver->failure();

@@ -16,6 +16,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <csignal>
+
 using frametest::RecordingModule;
 
 namespace {
@@ -279,6 +281,18 @@ TEST_F(Application, AnEndThatIsForcedFromOutsideLeavesTheTabAndSaves)
               }),
               3);
     EXPECT_EQ(m_record.last(), QStringLiteral("deactivate A"));
+    EXPECT_EQ(storedNames(), QStringList{QStringLiteral("After")});
+}
+
+TEST_F(Application, TheEndOfTheSessionLosesNothing)
+{
+    const DataPointer<Patient> patient = storedPatient(QStringLiteral("Before"));
+    EXPECT_EQ(runWith([&patient] {
+                  patient->setName(QStringLiteral("After"));
+                  AppBase::markChanged(patient);
+                  std::raise(SIGTERM);
+              }),
+              0);
     EXPECT_EQ(storedNames(), QStringList{QStringLiteral("After")});
 }
 

@@ -16,12 +16,12 @@ namespace {
 
 constexpr char sourcePath[] = "libraries/OCTScan/src/view/LocalizerGraphicsViewer";
 constexpr Place setOCTPlace{sourcePath, "kelp::oct::LocalizerGraphicsViewer::setOCT"};
-/// Above the image, below the B-scans' lines.
-constexpr double maskZ = 0.5;
 /// Above the lines.
 constexpr double markZ = 2.0;
 constexpr double markRadius = 4.0; // pixels of the screen
 constexpr double lineZ = 1.0;
+/// Dense lines would hide it.
+constexpr double maskZ = 1.2;
 /// Where lines cross or lie close, the active one is to be seen.
 constexpr double activeLineZ = 1.5;
 /// Of the active line, as a share of the image's width: about two pixels in the panel.

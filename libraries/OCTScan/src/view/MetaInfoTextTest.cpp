@@ -85,6 +85,8 @@ TEST(MetaInfoText, SpellsOutWhatTheExportAbbreviates)
     EXPECT_EQ(lineOf(metaKey::direction, "CCW"), line("Direction: Counter-clockwise"));
     EXPECT_EQ(lineOf(metaKey::autoSensorGain, "1"), line("Auto sensor gain: Yes"));
     EXPECT_EQ(lineOf(metaKey::resolutionType, "HS"), line("Resolution type: High speed"));
+    EXPECT_EQ(lineOf(metaKey::resolutionType, "HIGH_RESOLUTION"),
+              line("Resolution type: High resolution"));
 }
 
 TEST(MetaInfoText, KeepsWordsThatItDoesNotKnow)

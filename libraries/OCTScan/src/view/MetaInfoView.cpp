@@ -18,7 +18,8 @@ QString sectionToHtml(const MetaInfoSection& section)
     html += QStringLiteral("<table cellspacing=\"0\" cellpadding=\"1\" width=\"100%\">");
     for (const MetaInfoLine& line : section.lines) {
         // In one step: a value may contain what looks like another placeholder.
-        html += QStringLiteral("<tr><td width=\"45%\">%1:</td><td>%2</td></tr>")
+        html += QStringLiteral(
+                    "<tr><td width=\"45%\" style=\"padding-right: 6px\">%1:</td><td>%2</td></tr>")
                     .arg(line.caption.toHtmlEscaped(), line.value.toHtmlEscaped());
     }
     return html + QStringLiteral("</table>");

@@ -290,6 +290,9 @@ TEST_F(OCTScanControlWidgetTest, LongValuesWrapAndThePanelScrollsToTheirEnd)
     EXPECT_EQ(scroller->horizontalScrollBar()->maximum(), 0);
     EXPECT_GT(scroller->verticalScrollBar()->maximum(), 0);
     EXPECT_TRUE(text.textInteractionFlags().testFlag(Qt::TextSelectableByMouse));
+    // The wheel over the text scrolls the panel.
+    turnWheel(*text.viewport(), wheelDown, Qt::NoModifier);
+    EXPECT_GT(scroller->verticalScrollBar()->value(), 0);
 }
 
 TEST_F(OCTScanControlWidgetTest, ABiggerFontMakesThePanelWiderAndCutsNothing)

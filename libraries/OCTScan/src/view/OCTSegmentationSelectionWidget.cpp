@@ -42,6 +42,8 @@ OCTSegmentationSelectionWidget::OCTSegmentationSelectionWidget(QWidget* parent)
       m_deleteButton(new QPushButton(QStringLiteral("Delete")))
 {
     m_list->setObjectName(QStringLiteral("segmentationList"));
+    m_list->setTextElideMode(Qt::ElideMiddle);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_list->installEventFilter(this);
     m_newButton->setObjectName(QStringLiteral("newSegmentation"));
     m_deleteButton->setObjectName(QStringLiteral("deleteSegmentation"));

@@ -101,9 +101,9 @@ inline void turnWheel(QWidget& widget, int angle, Qt::KeyboardModifiers modifier
     const QPoint position = widget.rect().center();
     QWheelEvent event(position, widget.mapToGlobal(position), QPoint(), QPoint(0, angle),
                       Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
-    // Only such events go on to the parents of a widget that ignores them.
+    // As from a true wheel: only such events go on to the parents of a widget that ignores them.
     QSpontaneKeyEvent::setSpontaneous(&event);
-    QApplication::sendEvent(&widget, &event);
+    qApp->notify(&widget, &event);
 }
 
 /// One notch towards the user.

@@ -131,10 +131,11 @@ TEST_F(Assembly, TheApplicationHasItsNameAndIcon)
 
 TEST_F(Assembly, TheTabsStandInTheirOrder)
 {
-    EXPECT_EQ(tabs(), (QStringList{QStringLiteral("Patient Manager"),
-                                   QStringLiteral("OCT Auto-Segmentation"),
-                                   QStringLiteral("OCT Manual Segmentation"),
-                                   QStringLiteral("OCT Measurement"), QStringLiteral("OCT Help")}));
+    EXPECT_EQ(
+        tabs(),
+        (QStringList{QStringLiteral("Patient Manager"), QStringLiteral("OCT Auto-Segmentation"),
+                     QStringLiteral("OCT Manual Segmentation"), QStringLiteral("OCT Measurement"),
+                     QStringLiteral("OCT Batch Processing"), QStringLiteral("OCT Help")}));
 }
 
 TEST_F(Assembly, HelpCanBeCalledWithItsKey)

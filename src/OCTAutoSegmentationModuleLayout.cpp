@@ -25,6 +25,8 @@ namespace {
 
 constexpr const char* sourcePath = R"(..\src\OCTAutoSegmentationModule)";
 
+constexpr int narrow = 4;
+
 struct TestField
 {
     const char* label;
@@ -59,7 +61,9 @@ OCTAutoSegmentationModule::OCTAutoSegmentationModule(ActiveDataItems* activeData
                                                      const QString& name)
     : OCTModule(name, activeDataItems), m_mainWidget(new QWidget)
 {
+    // Tight, so that the form with its menu and tabs keeps below 800 pixels of height.
     auto* const columns = new QHBoxLayout(m_mainWidget);
+    columns->setContentsMargins(narrow, narrow, narrow, narrow);
     auto* const view = new QWidget;
     auto* const grid = new QGridLayout(view);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -104,6 +108,7 @@ void OCTAutoSegmentationModule::makeViewer(QWidget* parent)
         step("Initializing the viewer failed:\n", "Error Initializing the viewer", [&] {
             m_segmentationViewer = new OCTSegmentationViewerWidget(parent);
             m_segmentationViewer->initViewer();
+            m_segmentationViewer->layout()->setContentsMargins(0, 0, 0, 0);
         });
     if (!done) {
         Trace() << "OCTAutoSegmentationModule constructor: "
@@ -144,6 +149,7 @@ QGroupBox* OCTAutoSegmentationModule::makeOptions()
 
     auto* const group = new QGroupBox(QStringLiteral("Segmentation Options"));
     auto* const box = new QVBoxLayout(group);
+    box->setSpacing(narrow);
     box->addWidget(m_useETDRSMask);
     box->addWidget(m_useCenterMask);
     box->addWidget(new QLabel(QStringLiteral("Start Segmentation:")));
@@ -194,6 +200,7 @@ QGroupBox* OCTAutoSegmentationModule::makeExportOptions()
 
     auto* const group = new QGroupBox(QStringLiteral("Export Segmentation"));
     auto* const box = new QVBoxLayout(group);
+    box->setSpacing(narrow);
     box->addWidget(m_exportMetaImage);
     box->addWidget(m_exportPositions);
     box->addWidget(m_exportThickness);

@@ -57,7 +57,7 @@ void writePictures(const OCTScanSegPtr& segmentation, const QString& folder,
 
     std::mutex mutex;
     int written = 0;
-    kelp::oct::parallelFor(nrBScans, [&](int i) {
+    kelp::parallelFor(nrBScans, [&](int i) {
         writePicture(renderBScan(segmentation, i, layers),
                      QString("%1/bscan_%2.png").arg(pictures).arg(i, 3, 10, QChar('0')));
         const std::lock_guard lock(mutex);

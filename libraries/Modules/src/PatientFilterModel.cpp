@@ -34,8 +34,11 @@ bool PatientFilterModel::filterAcceptsRow(int row, const QModelIndex& /*parent*/
 
 bool PatientFilterModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
-    const DataPointer<Patient> a = m_patients->patientAt(left.row());
-    const DataPointer<Patient> b = m_patients->patientAt(right.row());
+    const Patient* const a = m_patients->shownAt(left.row());
+    const Patient* const b = m_patients->shownAt(right.row());
+    if (!a || !b) {
+        return left.row() < right.row();
+    }
     if (left.column() == PatientListModel::BirthDateColumn &&
         a->getBirthDate() != b->getBirthDate()) {
         return a->getBirthDate() < b->getBirthDate();

@@ -79,7 +79,7 @@ void PatientListModel::setPatients(const QList<Patient*>& patients)
     std::vector<Row> rows;
     rows.reserve(static_cast<std::size_t>(patients.size()));
     for (Patient* const patient : sortedByName(patients)) {
-        rows.push_back({DataPointer<Patient>(patient), Searchable()});
+        rows.emplace_back(patient);
     }
     m_rows = std::move(rows);
     endResetModel();
@@ -107,6 +107,11 @@ DataPointer<Patient> PatientListModel::patientAt(int row) const
 {
     return row < 0 || row >= rowCount() ? DataPointer<Patient>()
                                         : m_rows[static_cast<std::size_t>(row)].patient;
+}
+
+const Patient* PatientListModel::shownAt(int row) const
+{
+    return m_rows[static_cast<std::size_t>(row)].patient.data();
 }
 
 int PatientListModel::rowOf(const QString& guid) const
@@ -138,8 +143,11 @@ int PatientListModel::columnCount(const QModelIndex& parent) const
 
 QVariant PatientListModel::data(const QModelIndex& index, int role) const
 {
-    const DataPointer<Patient> patient = patientAt(index.row());
-    if (!patient || (role != Qt::DisplayRole && role != Qt::ToolTipRole)) {
+    if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::ToolTipRole)) {
+        return QVariant();
+    }
+    const Patient* const patient = shownAt(index.row());
+    if (!patient) {
         return QVariant();
     }
     switch (index.column()) {

@@ -34,6 +34,9 @@ public:
     void forgetPatient(const DataPointer<Patient>& patient);
 
     DataPointer<Patient> patientAt(int row) const;
+    /// For comparing and painting, of a row that there is: a DataPointer takes too long to make for
+    /// the many that sorting looks at. Null if it was deleted behind the list's back.
+    const Patient* shownAt(int row) const;
     /// -1 for one that is not listed.
     int rowOf(const QString& guid) const;
     const Searchable& searchableAt(int row) const;
@@ -46,6 +49,8 @@ public:
 private:
     struct Row
     {
+        explicit Row(Patient* listed) : patient(listed) {}
+
         DataPointer<Patient> patient;
         /// Made when it is first searched.
         mutable Searchable searchable;

@@ -14,7 +14,8 @@ public:
     CaError read(const QString& path, QByteArray& content) const override
     {
         QFile file(path);
-        if (!file.open(QIODevice::ReadOnly)) {
+        // Read at one go: a buffer would only cost time.
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
             return readFailure(path, file.errorString());
         }
         content = file.readAll();

@@ -15,7 +15,7 @@ public:
     /// The registry by scheme; createFileIOFactory registers local files under "file".
     static CaFactory<FileIO>& getFactory();
 
-    /// Every error names the file and the system's reason.
+    /// Every error names the file and the system's reason. Runs in several threads at a time.
     virtual CaError read(const QString& path, QByteArray& content) const = 0;
     /// Either the new content stands there afterwards or the former one.
     virtual CaError write(const QString& path, const QByteArray& content) const = 0;

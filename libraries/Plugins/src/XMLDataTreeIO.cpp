@@ -1,5 +1,6 @@
 #include "XMLDataTreeIO.h"
 
+#include "ParallelFor.h"
 #include "StoreMentions.h"
 #include "XMLDataTree.h"
 #include "kelpFileWriter.h"
@@ -10,6 +11,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -34,10 +36,15 @@ CaError withFile(const CaError& error, const QString& path)
                    error.getDetail());
 }
 
-bool isBefore(const DataPointer<Patient>& a, const DataPointer<Patient>& b)
+/// Plain pointers, since sorting moves its elements about, which is slow for tracking ones.
+using Patients = std::vector<std::unique_ptr<Patient>>;
+
+void sortByName(Patients& patients)
 {
-    const int order = a->getName().compare(b->getName(), Qt::CaseInsensitive);
-    return order != 0 ? order < 0 : a->getGUID() < b->getGUID();
+    std::sort(patients.begin(), patients.end(), [](const auto& a, const auto& b) {
+        const int order = a->getName().compare(b->getName(), Qt::CaseInsensitive);
+        return order != 0 ? order < 0 : a->getGUID() < b->getGUID();
+    });
 }
 
 } // namespace
@@ -108,17 +115,34 @@ CaError XMLDataTreeIO::listPatients(QList<DataPointer<Patient>>& patients)
     patients.clear();
     m_problems.clear();
     const QDir directory(m_folder + "/patients");
-    for (const QString& name :
-         directory.entryList({"*" + fileSuffix}, QDir::Files | QDir::Hidden, QDir::NoSort)) {
-        const DataPointer<Patient> patient(new Patient);
-        const CaError error = loadHeader(name.chopped(fileSuffix.size()), *patient);
-        if (error == CaError::nullError) {
-            patients.append(patient);
-        } else {
-            m_problems.append(error);
+    const QStringList names =
+        directory.entryList({"*" + fileSuffix}, QDir::Files | QDir::Hidden, QDir::NoSort);
+    // A part after the other, so that the trees of a large store are never all in memory.
+    constexpr int partSize = 500;
+    Patients listed;
+    for (int first = 0; first < names.size(); first += partSize) {
+        std::vector<Header> headers(
+            static_cast<std::size_t>(std::min(partSize, names.size() - first)));
+        kelp::parallelFor(static_cast<int>(headers.size()), [&](int i) {
+            Header& header = headers[static_cast<std::size_t>(i)];
+            header.guid = names[first + i].chopped(fileSuffix.size());
+            header.error = readHeader(header.guid, header.tree);
+        });
+        for (Header& header : headers) {
+            auto patient = std::make_unique<Patient>();
+            const CaError error = takeHeader(header, *patient);
+            if (error == CaError::nullError) {
+                listed.push_back(std::move(patient));
+            } else {
+                m_problems.append(error);
+            }
         }
     }
-    std::sort(patients.begin(), patients.end(), isBefore);
+    sortByName(listed);
+    patients.reserve(static_cast<int>(listed.size()));
+    for (std::unique_ptr<Patient>& patient : listed) {
+        patients.append(DataPointer<Patient>(patient.release()));
+    }
     return CaError::nullError;
 }
 
@@ -129,15 +153,21 @@ CaError XMLDataTreeIO::loadPatient(Patient& patient)
 
 CaError XMLDataTreeIO::loadHeader(const QString& guid, Patient& patient) const
 {
-    DataTreeNode header;
-    CaError error = readHeader(guid, header);
-    if (error != CaError::nullError) {
-        return error;
+    Header header;
+    header.guid = guid;
+    header.error = readHeader(guid, header.tree);
+    return takeHeader(header, patient);
+}
+
+CaError XMLDataTreeIO::takeHeader(Header& header, Patient& patient) const
+{
+    if (header.error != CaError::nullError) {
+        return header.error;
     }
     DataLoadContext context;
-    error = patient.doLoad(&header, context);
+    const CaError error = patient.doLoad(&header.tree, context);
     if (error != CaError::nullError) {
-        return withFile(error, patientPath(guid));
+        return withFile(error, patientPath(header.guid));
     }
     QList<Data*> studies;
     patient.getAllStudies(studies);

@@ -42,6 +42,14 @@ private:
         CaError writeTree(const QString& path, const DataTreeNode& root);
     };
 
+    /// The tree of a patient's file, or why there is none.
+    struct Header
+    {
+        QString guid;
+        DataTreeNode tree;
+        CaError error;
+    };
+
     class Undo;
 
     /// GUIDs become file names, and stored ones may have been tampered with.
@@ -52,8 +60,10 @@ private:
 
     QString patientPath(const QString& guid) const;
     QString studyPath(const QString& guid) const;
+    /// May run in several threads at a time.
     CaError readHeader(const QString& guid, DataTreeNode& header) const;
     CaError loadHeader(const QString& guid, Patient& patient) const;
+    CaError takeHeader(Header& header, Patient& patient) const;
     CaError saveBody(Study& study);
     CaError readBodyTree(Study& study, DataTreeNode& body);
     CaError checkTree(const PatientTree& tree, const DataTreeNode& formerHeader) const;

@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-namespace kelp::oct {
+namespace kelp {
 
 /// Runs function(i) for i from 0 to count - 1 on all cores, in no fixed order; the calls must not
 /// touch what others write. Of the exceptions thrown, that of the lowest i goes out, so that a
@@ -41,4 +41,4 @@ void parallelFor(int count, Function&& function)
     }
 }
 
-} // namespace kelp::oct
+} // namespace kelp

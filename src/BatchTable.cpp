@@ -64,10 +64,13 @@ void BatchTable::setScans(const QList<BatchScan>& scans)
 {
     // Thousands of cells would each be painted by itself at its first show.
     viewport()->hide();
-    clearContents();
     m_scans = scans;
-    if (!m_scans.isEmpty()) {
+    if (m_scans.isEmpty()) {
+        clearContents();
+    } else {
+        // Cells that are there stay: making thousands anew at each visit would take seconds.
         setRowCount(m_scans.size());
+        selectionModel()->reset();
     }
     for (int row = 0; row < m_scans.size(); ++row) {
         setRow(row, m_scans[row]);
@@ -115,10 +118,14 @@ void BatchTable::placeCells()
 
 void BatchTable::setRow(int row, const BatchScan& scan)
 {
-    auto* const box = new QCheckBox;
-    // The keys stay with the table, which checks whole selections.
-    box->setFocusPolicy(Qt::NoFocus);
-    setCellWidget(row, CheckColumn, box);
+    if (QCheckBox* const former = checkBox(row)) {
+        former->setChecked(false);
+    } else {
+        auto* const box = new QCheckBox;
+        // The keys stay with the table, which checks whole selections.
+        box->setFocusPolicy(Qt::NoFocus);
+        setCellWidget(row, CheckColumn, box);
+    }
     setText(row, NameColumn, scan.patient->getName());
     setText(row, BirthDateColumn, scan.patient->getBirthDate().toString(Qt::TextDate));
     setText(row, StudyColumn, scan.study->getId());
@@ -127,10 +134,16 @@ void BatchTable::setRow(int row, const BatchScan& scan)
 
 void BatchTable::setText(int row, int column, const QString& text)
 {
-    auto* const label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setToolTip(text.toHtmlEscaped());
-    setCellWidget(row, column, label);
+    auto* label = qobject_cast<QLabel*>(cellWidget(row, column));
+    if (!label) {
+        label = new QLabel;
+        label->setTextFormat(Qt::PlainText);
+        setCellWidget(row, column, label);
+    }
+    if (label->text() != text) {
+        label->setText(text);
+        label->setToolTip(text.toHtmlEscaped());
+    }
 }
 
 QCheckBox* BatchTable::checkBox(int row) const

@@ -10,6 +10,7 @@
 #include "OCTScanChecks.h"
 #include "SavedState.h"
 #include "SegmentationNames.h"
+#include "WaitCursor.h"
 #include "kelpCheck.h"
 #include "kelpTrace.h"
 
@@ -87,6 +88,8 @@ OCTBatchProcessModule::~OCTBatchProcessModule()
 
 void OCTBatchProcessModule::activate()
 {
+    // All studies are read at the first visit.
+    const WaitCursor wait;
     const QSet<QString> checked = m_table->checkedGUIDs();
     fillTable();
     m_table->check(checked);

@@ -259,6 +259,22 @@ TEST_F(BatchTab, HasOneRowForEachScanWhenTheStoreHasLostSome)
     EXPECT_EQ(cell(1, 4), QStringLiteral("3"));
 }
 
+TEST_F(BatchTab, ShowsAtEachVisitWhatTheStoreHolds)
+{
+    writeSmallExports(3);
+    importFolder(m_exports.path());
+    const QPointer<QWidget> firstName = table().cellWidget(0, 1);
+    clickRow(1);
+    patients().first()->setName(QStringLiteral("Renamed"));
+    m_module->deactivate();
+    m_module->activate();
+    EXPECT_TRUE(firstName) << "thousands of cells take long to make";
+    EXPECT_EQ(cell(2, 1), QStringLiteral("Renamed"));
+    EXPECT_EQ(table().cellWidget(2, 1)->toolTip(), QStringLiteral("Renamed"));
+    EXPECT_TRUE(table().selectionModel()->selectedRows().isEmpty());
+    EXPECT_FALSE(QApplication::overrideCursor());
+}
+
 TEST_F(BatchTab, SaysWhatToDoWhileThereAreNoScans)
 {
     const auto* const hint = window().findChild<HintOverlay*>();

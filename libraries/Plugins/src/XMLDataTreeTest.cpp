@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace {
 
 QString roundTrip(const QString& value)
@@ -91,6 +93,79 @@ TEST(XMLDataTree, ATreeCutAtAnyByteIsRefusedWithALine)
         ASSERT_TRUE(error.getText().startsWith("line ")) << error.getText().toStdString();
     }
     EXPECT_EQ(readText(whole), CaError::nullError);
+}
+
+/// A tree with all that the form knows, as it is written.
+QByteArray richText()
+{
+    DataTreeNode root(QString(), "Study");
+    root.setAttribute("Id", "");
+    root.setAttribute("Name", QString::fromUtf8("J\xc3\xbcrgen \xf0\x9f\x91\x81"));
+    root.setAttribute("URI/SliceImage0", "file++dummy:C:\\images\\a.tif?a=1");
+    root.createChild("Data")->setType("");
+    DataTreeNode* const item = root.createChild("Item");
+    item->setType("OCTScan");
+    item->createChild("Inner")->setAttribute("Remark", "two\nlines");
+    return XMLDataTree::write(root);
+}
+
+TEST(XMLDataTree, HowATextIsReadDoesNotDependOnItsLookingLikeOurOwn)
+{
+    const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    const QByteArray whole = richText();
+    ASSERT_TRUE(whole.startsWith(declaration));
+    const QByteArrayList pieces{"<",
+                                ">",
+                                "\"",
+                                "&",
+                                "&amp;",
+                                "\\",
+                                "\\u0041",
+                                "\r",
+                                "\t",
+                                "\n",
+                                "]]>",
+                                "\xef\xbb\xbf",
+                                "\xef\xbf\xbf",
+                                "\xc3",
+                                "\x80",
+                                "\xed\xa0\x80",
+                                "<node name=\"\" type=\"\"/>",
+                                "</node>",
+                                "<!-- -->",
+                                " ",
+                                "x",
+                                "/>",
+                                "<attribute name=\"Id\">",
+                                "</attribute>",
+                                "'",
+                                "\x7f",
+                                "\xc2\x85",
+                                "\x01"};
+    std::mt19937 random(1);
+    const auto below = [&random](int count) {
+        return static_cast<int>(random() % static_cast<unsigned>(count));
+    };
+    int readable = 0;
+    constexpr int rounds = 20000;
+    for (int round = 0; round < rounds; ++round) {
+        QByteArray body = whole.mid(declaration.size());
+        for (int change = below(3); change >= 0; --change) {
+            body.replace(below(body.size()), below(2) * below(12), pieces[below(pieces.size())]);
+        }
+        DataTreeNode own;
+        DataTreeNode any;
+        // A comment means nothing, but is none of what the program writes.
+        const CaError ownError = XMLDataTree::read(declaration + body, own);
+        const CaError anyError = XMLDataTree::read(declaration + "<!-- -->" + body, any);
+        ASSERT_EQ(ownError.toString(), anyError.toString()) << body.toStdString();
+        if (ownError == CaError::nullError) {
+            ++readable;
+            ASSERT_EQ(XMLDataTree::write(own), XMLDataTree::write(any)) << body.toStdString();
+        }
+    }
+    EXPECT_GT(readable, rounds / 20);
+    EXPECT_LT(readable, rounds - rounds / 20);
 }
 
 TEST(XMLDataTree, ForeignTextsAreRefused)

@@ -6,11 +6,11 @@
 #include "OCTScanChecks.h"
 #include "OCTScanSelectionWidget.h"
 #include "OCTSegmentationSelectionWidget.h"
+#include "WaitCursor.h"
 #include "kelpCheck.h"
 #include "kelpRegionTool.h"
 #include "kelpTrace.h"
 
-#include <QApplication>
 #include <QGroupBox>
 #include <QLabel>
 #include <QMessageBox>
@@ -43,16 +43,6 @@ QWidget* grouped(const QString& caption, QWidget* widget)
     return group;
 }
 
-/// Reading a large scan takes a moment.
-class BusyCursor
-{
-public:
-    BusyCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    BusyCursor(const BusyCursor&) = delete;
-    BusyCursor& operator=(const BusyCursor&) = delete;
-    ~BusyCursor() { QApplication::restoreOverrideCursor(); }
-};
-
 /// Throws a kelp::Exception that tells what is wrong with the item.
 OCTScanPtr loadedScan(Data* item)
 {
@@ -64,7 +54,7 @@ OCTScanPtr loadedScan(Data* item)
     }
     const OCTScanPtr scan = dynamic_cast<OCTScan*>(item);
     if (scan) {
-        const BusyCursor busy;
+        const WaitCursor wait;
         loadScan(*scan);
     }
     if (scan.isNull()) {

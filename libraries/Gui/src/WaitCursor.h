@@ -2,7 +2,7 @@
 
 #include <QApplication>
 
-namespace kelp::patients {
+namespace kelp {
 
 /// The wait cursor for as long as this lives.
 class WaitCursor
@@ -14,4 +14,4 @@ public:
     ~WaitCursor() { QApplication::restoreOverrideCursor(); }
 };
 
-} // namespace kelp::patients
+} // namespace kelp

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Measures what the user waits for: opening a store of 10,000 patients, paging, correcting a layer,
-# measuring, and the repaints during a segmentation. Prints a line per figure with its limit, and
-# ends with 1 if one is missed. Needs about 3 GB of memory.
+# Measures what the user waits for: opening a store of 10,000 patients and its batch tab, paging,
+# correcting a layer, measuring, and the repaints during a segmentation. Prints a line per figure
+# with its limit, and ends with 1 if one is missed. Needs about 3 GB of memory.
 # scripts/gui-bench.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."

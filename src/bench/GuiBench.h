@@ -19,6 +19,8 @@ OCTScanSegPtr makeSegmentedScan(const QString& folder, const Sizes& sizes);
 
 /// Opening the store and showing the filled list of patients.
 Figure measureStore(const QString& folder, const Sizes& sizes);
+/// The batch tab, which reads all studies at its first visit and shows a scan of each.
+Figure measureBatchTab(const QString& folder, const Sizes& sizes);
 /// From one B-scan to the next until the window is painted.
 Figure measurePaging(const OCTScanSegPtr& segmentation);
 /// A move of the mouse that redraws a layer, until the window is painted.

@@ -53,6 +53,7 @@ TEST(GuiBench, MeasuresTheOpeningOfAStore)
     kelp::oct::registerFactories();
     const QTemporaryDir folder;
     EXPECT_EQ(measureStore(folder.path(), smallSizes()).milliseconds.size(), 1);
+    EXPECT_EQ(measureBatchTab(folder.path(), smallSizes()).milliseconds.size(), 3);
 }
 
 } // namespace

@@ -23,6 +23,7 @@ QList<kelp::bench::Figure> measureAll(const QString& folder)
     figures.append(measureFoveaDrop(segmentation));
     figures.append(measureRepaints(segmentation->getOCT()));
     figures.append(measureStore(folder + "/store", sizes));
+    figures.append(measureBatchTab(folder + "/store", sizes));
     return figures;
 }
 

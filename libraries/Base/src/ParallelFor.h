@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -28,7 +29,11 @@ void parallelFor(int count, Function&& function)
     const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     std::vector<std::thread> helpers;
     for (int t = 1; t < std::min(cores, count); ++t) {
-        helpers.emplace_back(work);
+        try {
+            helpers.emplace_back(work);
+        } catch (const std::system_error&) {
+            break; // The system gives no more threads: those that there are do it all.
+        }
     }
     work();
     for (std::thread& helper : helpers) {

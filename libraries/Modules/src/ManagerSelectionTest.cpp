@@ -173,7 +173,8 @@ TEST_F(ManagerSelectionTest, AStoreRemovedBehindTheBackIsToldAndTheDataAreKept)
 TEST_F(ManagerSelectionTest, TenThousandPatientsAreListedAndSearchedWithoutAWait)
 {
     constexpr int count = 10000;
-    // Generous, since tests share the machine; the figures are printed.
+    // Generous, since tests share the machine and run under sanitizers: this only finds what grows
+    // faster than the store. The benchmark of the window holds it to what a user is to wait.
     constexpr int allowedMs = 10000;
     DataIOManager::closeStore();
     for (int i = 0; i < count; ++i) {

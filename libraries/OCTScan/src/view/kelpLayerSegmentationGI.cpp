@@ -63,17 +63,24 @@ LayerSegmentationGI::LayerSegmentationGI(BScanSegmentationLayerPtr layer, int st
 void LayerSegmentationGI::connectLayer()
 {
     BScanSegmentationLayer* const layer = m_layer.data();
-    KELP_CONNECT(sourcePath, connect(this, SIGNAL(changedLayerSegmentationGI(int, int)), layer,
-                                     SLOT(changedLayerSegmentationGI(int, int))));
+    // Direct, since a layer that a segmentation step has made belongs to the step's thread: an edit
+    // would reach it some time later, or never once that thread has ended.
+    KELP_CONNECT(sourcePath,
+                 connect(this, SIGNAL(changedLayerSegmentationGI(int, int)), layer,
+                         SLOT(changedLayerSegmentationGI(int, int)), Qt::DirectConnection));
     KELP_CONNECT(sourcePath,
                  connect(this, SIGNAL(changedLayerSegmentationGI(QList<int>, QList<int>)), layer,
-                         SLOT(changedLayerSegmentationGI(QList<int>, QList<int>))));
+                         SLOT(changedLayerSegmentationGI(QList<int>, QList<int>)),
+                         Qt::DirectConnection));
     KELP_CONNECT(sourcePath, connect(layer, SIGNAL(bScanLayerChanged(int, int)), this,
-                                     SLOT(bScanLayerChanged(int, int))));
-    KELP_CONNECT(sourcePath, connect(layer, SIGNAL(bScanLayerChanged(QList<int>, QList<int>)), this,
-                                     SLOT(bScanLayerChanged(QList<int>, QList<int>))));
-    KELP_CONNECT(sourcePath, connect(this, SIGNAL(activated()), layer, SIGNAL(activated())));
-    KELP_CONNECT(sourcePath, connect(this, SIGNAL(deactivated()), layer, SIGNAL(deactivated())));
+                                     SLOT(bScanLayerChanged(int, int)), Qt::DirectConnection));
+    KELP_CONNECT(sourcePath,
+                 connect(layer, SIGNAL(bScanLayerChanged(QList<int>, QList<int>)), this,
+                         SLOT(bScanLayerChanged(QList<int>, QList<int>)), Qt::DirectConnection));
+    KELP_CONNECT(sourcePath, connect(this, SIGNAL(activated()), layer, SIGNAL(activated()),
+                                     Qt::DirectConnection));
+    KELP_CONNECT(sourcePath, connect(this, SIGNAL(deactivated()), layer, SIGNAL(deactivated()),
+                                     Qt::DirectConnection));
 }
 
 void LayerSegmentationGI::setActive(bool active)

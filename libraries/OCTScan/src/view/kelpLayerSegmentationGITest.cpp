@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 using kelp::oct::BScanSegmentationLayer;
 using kelp::oct::BScanSegmentationLayerPtr;
 using kelp::oct::LayerNameONL;
@@ -215,6 +217,18 @@ TEST_F(LayerOverlay, PassesListsOfChangesOnToItsLayer)
     emit overlay.changedLayerSegmentationGI(QList<int>{0, 19}, QList<int>{1, 2});
     EXPECT_EQ(position(0), 1);
     EXPECT_EQ(position(19), 2);
+}
+
+TEST(LayerOverlayOfARun, ChangesALayerThatAnotherThreadHasMadeAtOnce)
+{
+    BScanSegmentationLayerPtr layer;
+    std::thread([&layer] { layer = makeLayer(); }).join();
+    LayerSegmentationGI overlay(layer, 5, 15, axial, lateral, maxY);
+    overlay.setActive(true);
+    overlay.mouseDown(QPointF(8.5 * lateral, 20.5 * axial));
+    EXPECT_EQ(layer->layerData()[8], 20);
+    overlay.mouseMove(QPointF(12.5 * lateral, 20.5 * axial));
+    EXPECT_EQ(layer->layerData()[10], 20);
 }
 
 } // namespace

@@ -36,14 +36,15 @@ void checkDone(const CaError& error, const Place& place)
     check(error == CaError::nullError, place, error.toString());
 }
 
-/// The item, or null if the list has none of its GUID: it was deleted meanwhile.
+/// What the list has of this item's GUID: the item, or the one that an import put in its place.
+/// Null if it was deleted meanwhile.
 template <typename T>
-DataPointer<T> ifListed(const DataPointer<T>& item, const QList<Data*>& list)
+DataPointer<T> listedAs(const DataPointer<T>& item, const QList<Data*>& list)
 {
-    const bool listed = item && std::any_of(list.begin(), list.end(), [&item](const Data* other) {
-                            return other->getGUID() == item->getGUID();
-                        });
-    return listed ? item : DataPointer<T>();
+    const auto found = std::find_if(list.begin(), list.end(), [&item](const Data* other) {
+        return item && other->getGUID() == item->getGUID();
+    });
+    return found == list.end() ? DataPointer<T>() : DataPointer<T>(dynamic_cast<T*>(*found));
 }
 
 OCTScanPtr scanOfStudy(const OCTScanPtr& scan, const DataPointer<Study>& study)
@@ -52,7 +53,7 @@ OCTScanPtr scanOfStudy(const OCTScanPtr& scan, const DataPointer<Study>& study)
     if (study) {
         study->getAllData(items);
     }
-    return ifListed(scan, items);
+    return listedAs(scan, items);
 }
 
 /// Also null for a segmentation whose scan is gone.
@@ -63,7 +64,7 @@ OCTScanSegPtr segmentationOfStudy(const OCTScanSegPtr& segmentation,
     if (study) {
         study->getAllProcessData(items);
     }
-    const OCTScanSegPtr listed = ifListed(segmentation, items);
+    const OCTScanSegPtr listed = listedAs(segmentation, items);
     return listed && scanOfStudy(listed->getOCT(), study) ? listed : OCTScanSegPtr();
 }
 

@@ -83,6 +83,7 @@ void assembleApplication(AppBase& application)
     application.addModule(new QtPMModule);
     // Shared by the three tabs that work on one scan, for as long as the program runs.
     static auto* const activeDataItems = new ActiveDataItems;
+    activeDataItems->clear();
     application.addModule(
         new OCTAutoSegmentationModule(activeDataItems, QStringLiteral("OCT Auto-Segmentation")));
     application.addModule(new OCTManualSegmentationModule(

@@ -4,6 +4,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QFont>
 #include <QHeaderView>
 #include <QLabel>
 
@@ -35,6 +36,10 @@ BatchTable::BatchTable(QWidget* parent) : QTableWidget(0, NrColumns, parent)
                                QStringLiteral("Series Identifier")});
     // The style asks for more room than a check box without a text takes.
     horizontalHeader()->setMinimumSectionSize(columnWidths[CheckColumn]);
+    // The longest caption has to fit into its column.
+    QFont captionFont = horizontalHeader()->font();
+    captionFont.setPointSizeF(captionFont.pointSizeF() - 1.0);
+    horizontalHeader()->setFont(captionFont);
     for (int column = 0; column < NrColumns; ++column) {
         setColumnWidth(column, columnWidths[column]);
     }

@@ -3,6 +3,7 @@
 #include "Appearance.h"
 #include "FailureBox.h"
 #include "GuardedApplication.h"
+#include "IndicatorStyle.h"
 #include "MainForm.h"
 #include "ModuleSwitcher.h"
 #include "PatientSaver.h"
@@ -98,6 +99,7 @@ AppBase::AppBase(int& argumentCount, char** arguments, AppBaseImpl*, bool, bool)
         m_application = std::make_unique<kelp::GuardedApplication>(argumentCount, arguments);
     }
     theInstance = this;
+    QApplication::setStyle(new kelp::IndicatorStyle);
     kelp::applyAppearance(kelp::storedAppearance());
     m_saver = std::make_unique<kelp::PatientSaver>(&DataIOManager::storePatient);
     m_form = std::make_unique<kelp::MainForm>();

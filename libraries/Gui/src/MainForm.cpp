@@ -118,11 +118,11 @@ void MainForm::makeStatusBar()
         statusBar()->addPermanentWidget(label);
         return label;
     };
-    m_failureLabel = addLabel("saveFailureLabel", 30);
+    m_failureLabel = addLabel("saveFailureLabel", 50);
     m_failureLabel->setForegroundRole(QPalette::BrightText);
-    m_patientLabel = addLabel("patientLabel", 32);
-    m_studyLabel = addLabel("studyLabel", 26);
-    m_scanLabel = addLabel("scanLabel", 30);
+    m_patientLabel = addLabel("patientLabel", 60);
+    m_studyLabel = addLabel("studyLabel", 40);
+    m_scanLabel = addLabel("scanLabel", 40);
     setSelection({}, {});
     setScan({});
     setSaveState(false, {});

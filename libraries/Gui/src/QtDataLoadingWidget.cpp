@@ -49,7 +49,9 @@ QtDataLoadingWidget::QtDataLoadingWidget(Data* item, const QString& name, QWidge
     fileRow->addWidget(addButton, 0, Qt::AlignTop);
     auto* const form = new QFormLayout(this);
     form->addRow(QStringLiteral("&Name:"), m_nameEdit);
-    form->addRow(QStringLiteral("&Files:"), fileRow);
+    auto* const filesLabel = new QLabel(QStringLiteral("&Files:"));
+    filesLabel->setBuddy(m_view);
+    form->addRow(filesLabel, fileRow);
     form->addRow(m_message);
     if (!withNameField) {
         form->labelForField(m_nameEdit)->hide();

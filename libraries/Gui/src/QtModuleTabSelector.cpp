@@ -3,6 +3,7 @@
 #include "QtAppModule.h"
 #include "kelpCheck.h"
 
+#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QTabBar>
 #include <QTabWidget>
@@ -62,8 +63,15 @@ void QtModuleTabSelector::setModule(int index, QtAppModule* module)
 {
     // Pages come and go here without the user's asking for a module.
     const QSignalBlocker quiet(m_tabs);
-    QWidget* const widget = module->getWidget();
-    m_tabs->insertTab(index, widget ? widget : new QWidget, QString());
+    // On a screen that is too small for a module it scrolls, instead of losing its last buttons.
+    auto* const page = new QScrollArea;
+    page->setFrameShape(QFrame::NoFrame);
+    page->setWidgetResizable(true);
+    page->setFocusPolicy(Qt::NoFocus);
+    if (QWidget* const widget = module->getWidget()) {
+        page->setWidget(widget);
+    }
+    m_tabs->insertTab(index, page, QString());
 }
 
 void QtModuleTabSelector::addModule(const QString& name, int index)

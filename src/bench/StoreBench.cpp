@@ -108,7 +108,7 @@ Figure measureStore(const QString& folder, const Sizes& sizes)
 Figure measureBatchTab(const QString& folder, const Sizes& sizes)
 {
     // Reading a study and making the five cells of a row, with a wait cursor over it.
-    constexpr double perScan = 0.3;
+    constexpr double perScan = 0.5;
     Figure figure{QStringLiteral("entering the batch tab with %1 scans").arg(sizes.patients),
                   std::max(100.0, perScan * sizes.patients)};
     fillStore(folder, sizes);

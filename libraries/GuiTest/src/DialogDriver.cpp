@@ -163,7 +163,8 @@ void DialogDriver::look()
     m_timer.start(lookIntervalMs);
     chooseMenuEntry();
     auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (!dialog || !dialog->isVisible() || m_answered.contains(dialog)) {
+    if (!dialog || !dialog->isVisible() || m_answered.contains(dialog) ||
+        m_leftAlone.contains(dialog->metaObject()->className())) {
         return;
     }
     if (m_leavesProgress && qobject_cast<QProgressDialog*>(dialog)) {

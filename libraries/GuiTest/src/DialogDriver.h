@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDialog>
 #include <QList>
 #include <QObject>
@@ -43,6 +44,9 @@ public:
     /// Progress dialogs are left alone from now on: they come and go by themselves.
     void leaveProgressDialogs() { m_leavesProgress = true; }
 
+    /// Dialogs of this class are nobody's to answer: they show progress and go by themselves.
+    void leaveAlone(const QByteArray& className) { m_leftAlone.insert(className); }
+
     /// Expectations not met yet.
     int pending() const { return m_answers.size() + m_menuEntries.size(); }
     /// "title: text" of all message boxes seen.
@@ -65,6 +69,7 @@ private:
     QList<Answer> m_answers;
     QStringList m_menuEntries;
     QSet<QObject*> m_answered;
+    QSet<QByteArray> m_leftAlone;
     QStringList m_messages;
     bool m_leavesProgress = false;
 };

@@ -171,13 +171,11 @@ void DialogDriver::look()
         return;
     }
     m_answered.insert(dialog);
-    // The next one may stand at the same address.
-    KELP_CONNECT(
-        "libraries/GuiTest/src/DialogDriver",
-        connect(dialog, SIGNAL(finished(int)), this, SLOT(forget()), Qt::UniqueConnection));
-    KELP_CONNECT(
-        "libraries/GuiTest/src/DialogDriver",
-        connect(dialog, SIGNAL(destroyed(QObject*)), this, SLOT(forget()), Qt::UniqueConnection));
+    // The next one may stand at the same address, and this one may come up again.
+    disconnect(dialog, nullptr, this, nullptr);
+    constexpr const char* sourcePath = "libraries/GuiTest/src/DialogDriver";
+    KELP_CONNECT(sourcePath, connect(dialog, SIGNAL(finished(int)), this, SLOT(forget())));
+    KELP_CONNECT(sourcePath, connect(dialog, SIGNAL(destroyed(QObject*)), this, SLOT(forget())));
     if (const auto* const box = qobject_cast<QMessageBox*>(dialog)) {
         m_messages.append(box->windowTitle() + QStringLiteral(": ") + box->text());
     }

@@ -200,7 +200,11 @@ void AppBase::tellStoreProblems()
 void AppBase::enterFirstModule()
 {
     const int last = m_modules->indexOf(kelp::Settings::get(lastModuleKey, QString()));
-    m_modules->enter(last < 0 ? 0 : last);
+    // The first tab brings back what was selected, which the others show.
+    m_modules->enter(0);
+    if (last > 0) {
+        m_modules->enter(last);
+    }
 }
 
 CaError AppBase::getPatientList(QList<Patient*>& patients)

@@ -41,8 +41,6 @@ public:
 
     /// The next menu that pops up: clicks the entry of this text.
     void expectMenu(const QString& entry);
-    /// Progress dialogs are left alone from now on: they come and go by themselves.
-    void leaveProgressDialogs() { m_leavesProgress = true; }
 
     /// Dialogs of this class are nobody's to answer: they show progress and go by themselves.
     void leaveAlone(const QByteArray& className) { m_leftAlone.insert(className); }
@@ -71,5 +69,4 @@ private:
     QSet<QObject*> m_answered;
     QSet<QByteArray> m_leftAlone;
     QStringList m_messages;
-    bool m_leavesProgress = false;
 };

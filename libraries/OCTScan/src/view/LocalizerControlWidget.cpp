@@ -74,6 +74,12 @@ void LocalizerControlWidget::addPagingRow()
     m_sliceNumber = new QLCDNumber;
     m_sliceNumber->setObjectName(QStringLiteral("bScanNumber"));
     m_sliceNumber->setSegmentStyle(QLCDNumber::Flat);
+    // As many digits as scans need, and big enough for its segments to be told apart.
+    constexpr int digits = 3;
+    constexpr QSize numberSize(56, 32);
+    m_sliceNumber->setDigitCount(digits);
+    m_sliceNumber->setFrameShape(QFrame::NoFrame);
+    m_sliceNumber->setFixedSize(numberSize);
 
     auto* const row = new QHBoxLayout;
     row->addWidget(m_leftArrow);

@@ -12,10 +12,12 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QGraphicsView>
+#include <QScreen>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTextEdit>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -208,7 +210,15 @@ void Screenshots::showBatch(ApplicationDriver& user) const
         }
     }
     takeProgress(QStringLiteral("dialog-batch"));
-    user.segment(QStringLiteral("Start Segmentation"));
+    user.click(QStringLiteral("Start Segmentation"));
+    constexpr int batchTimeoutMs = 300000;
+    const auto& log = user.find<QTextEdit>("batchLog");
+    ApplicationDriver::waitFor(
+        [&log] {
+            return !QApplication::activeModalWidget() &&
+                   log.toPlainText().contains(QStringLiteral("Finished batch-segmenting"));
+        },
+        batchTimeoutMs);
     takeForm(user, QStringLiteral("tab-batch"));
 }
 
@@ -226,9 +236,10 @@ void Screenshots::showHelp(ApplicationDriver& user) const
     user.form().findChild<QAction*>(QStringLiteral("aboutAction"))->trigger();
 }
 
+/// As large as the screen, up to the size of the pictures.
 void resizeForm(ApplicationDriver& user)
 {
-    const QSize size(1280, 800);
+    const QSize size = QSize(1280, 800).boundedTo(QGuiApplication::primaryScreen()->size());
     user.form().showNormal();
     user.form().move(0, 0);
     user.form().resize(size);

@@ -106,7 +106,10 @@ TEST_F(Application, TheTabThatWasOpenAtTheEndIsOpenAtTheNextStart)
     });
     m_record.clear();
     runWith([this] { pressKey(Qt::Key_Q); });
-    EXPECT_EQ(m_record.first(), QStringLiteral("activate B"));
+    // The first tab is entered before, since it brings back what was selected.
+    EXPECT_EQ(m_record.mid(0, 3),
+              (QStringList{QStringLiteral("activate A"), QStringLiteral("deactivate A"),
+                           QStringLiteral("activate B")}));
 }
 
 TEST_F(Application, KeysSwitchTabsAndF1OpensTheHelp)

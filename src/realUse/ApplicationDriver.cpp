@@ -7,14 +7,14 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QComboBox>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPlainTextEdit>
+#include <QProgressDialog>
 #include <QTabWidget>
 #include <QTest>
-#include <QTimer>
+#include <QTimerEvent>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -33,6 +33,26 @@ void type(QWidget& parent, const char* field, const QString& text)
     QTest::keyClicks(edit, text);
 }
 
+/// Looks at every turn of the event loop.
+class ProgressCanceller : public QObject
+{
+public:
+    explicit ProgressCanceller(int value) : m_value(value) { startTimer(0); }
+
+protected:
+    void timerEvent(QTimerEvent* event) override
+    {
+        auto* const dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+        if (dialog && dialog->isVisible() && dialog->value() >= m_value) {
+            killTimer(event->timerId());
+            DialogDriver::click(*dialog, QStringLiteral("Cancel"));
+        }
+    }
+
+private:
+    int m_value;
+};
+
 } // namespace
 
 ApplicationDriver::ApplicationDriver()
@@ -41,7 +61,33 @@ ApplicationDriver::ApplicationDriver()
     dialogs.leaveAlone("QProgressDialog");
 }
 
-int ApplicationDriver::run(const Script& script)
+/// Begins the script as soon as the main form is there and nothing stands before it.
+class ScriptStarter : public QObject
+{
+public:
+    ScriptStarter(ApplicationDriver& driver, const ApplicationDriver::Script& script)
+        : m_driver(driver), m_script(script)
+    {
+        constexpr int lookIntervalMs = 5;
+        startTimer(lookIntervalMs);
+    }
+
+protected:
+    void timerEvent(QTimerEvent* event) override
+    {
+        const QWidget* const form = AppBase::getMainForm();
+        if (form && form->isVisible() && !QApplication::activeModalWidget()) {
+            killTimer(event->timerId());
+            m_driver.perform(m_script);
+        }
+    }
+
+private:
+    ApplicationDriver& m_driver;
+    const ApplicationDriver::Script& m_script;
+};
+
+int ApplicationDriver::run(const Script& script, const Script& prepare)
 {
     kelp::oct::registerFactories();
     int argumentCount = 1;
@@ -49,24 +95,35 @@ int ApplicationDriver::run(const Script& script)
     char* arguments[] = {program, nullptr};
     auto* const application = new AppBase(argumentCount, arguments, nullptr, false, false);
     kelp::oct::assembleApplication(*application);
-    QTimer::singleShot(0, application, [&script] {
-        {
-            ApplicationDriver driver;
-            try {
-                driver.form().activateWindow();
-                script(driver);
-            } catch (const Stop&) {
-                // Reported where it was thrown.
-            }
-            QTest::keyClick(&driver.form(), Qt::Key_Q, Qt::ControlModifier);
-            waitFor([&driver] { return !driver.form().isVisible(); });
+    int exitCode = 0;
+    {
+        ApplicationDriver driver;
+        if (prepare) {
+            prepare(driver);
         }
-        QApplication::quit();
-    });
-    const int exitCode = application->run();
+        const ScriptStarter starter(driver, script);
+        exitCode = application->run();
+    }
     delete application;
     DataIOManager::closeStore();
     return exitCode;
+}
+
+void ApplicationDriver::perform(const Script& script)
+{
+    try {
+        form().activateWindow();
+        script(*this);
+    } catch (const Stop&) {
+        // Reported where it was thrown.
+    }
+    if (form().isVisible()) {
+        form().activateWindow();
+        waitFor([this] { return form().isActiveWindow(); });
+        QTest::keyClick(&form(), Qt::Key_Q, Qt::ControlModifier);
+        waitFor([this] { return !form().isVisible(); });
+    }
+    QApplication::quit();
 }
 
 void ApplicationDriver::stop(const char* missing)
@@ -115,26 +172,60 @@ QString ApplicationDriver::currentTab() const
     return withoutMnemonic(tabs.tabText(tabs.currentIndex()));
 }
 
-void ApplicationDriver::click(const QString& text)
+QAbstractButton* ApplicationDriver::findButton(const QString& text) const
 {
     for (auto* const button : form().findChildren<QAbstractButton*>()) {
         if (withoutMnemonic(button->text()) == text && button->isVisible()) {
-            EXPECT_TRUE(button->isEnabled()) << text.toStdString();
-            QTest::mouseClick(button, Qt::LeftButton);
-            return;
+            return button;
         }
     }
-    stop(text.toUtf8().constData());
+    return nullptr;
+}
+
+void ApplicationDriver::click(const QString& text)
+{
+    auto* const button = checked(findButton(text), text.toUtf8().constData());
+    EXPECT_TRUE(button->isEnabled()) << text.toStdString();
+    QTest::mouseClick(button, Qt::LeftButton);
 }
 
 bool ApplicationDriver::isEnabled(const QString& buttonText) const
 {
-    for (auto* const button : form().findChildren<QAbstractButton*>()) {
-        if (withoutMnemonic(button->text()) == buttonText && button->isVisible()) {
-            return button->isEnabled();
-        }
-    }
-    return false;
+    const auto* const button = findButton(buttonText);
+    return button && button->isEnabled();
+}
+
+void ApplicationDriver::tick(const QString& text)
+{
+    constexpr int intoIndicator = 10;
+    auto* const button = checked(findButton(text), text.toUtf8().constData());
+    const bool before = button->isChecked();
+    QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(intoIndicator, button->height() / 2));
+    EXPECT_NE(button->isChecked(), before) << text.toStdString();
+}
+
+void ApplicationDriver::rightClick(QWidget& widget, const QPoint& place)
+{
+    QWidget* const window = widget.window();
+    const int expected = dialogs.pending();
+    QTest::mouseClick(window->windowHandle(), Qt::RightButton, Qt::NoModifier,
+                      widget.mapTo(window, place));
+    // The events come back through the window system.
+    waitFor([this, expected] { return expected == 0 || dialogs.pending() == 0; });
+    QCoreApplication::processEvents();
+}
+
+void ApplicationDriver::press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers)
+{
+    widget.activateWindow();
+    widget.setFocus();
+    waitFor([&widget] { return widget.hasFocus(); });
+    QTest::keyClick(&widget, key, modifiers);
+}
+
+void ApplicationDriver::cancelProgressAt(int value)
+{
+    m_canceller = std::make_unique<ProgressCanceller>(value);
 }
 
 void ApplicationDriver::choose(QAbstractItemView& view, int row)
@@ -151,6 +242,18 @@ void ApplicationDriver::doubleClick(QAbstractItemView& view, int row)
     choose(view, row);
     QTest::mouseDClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
                        view.visualRect(view.model()->index(row, 0)).center());
+}
+
+void ApplicationDriver::chooseText(QAbstractItemView& view, const QString& text)
+{
+    const QModelIndexList found = view.model()->match(
+        view.model()->index(0, 0), Qt::DisplayRole, text, 1, Qt::MatchExactly | Qt::MatchRecursive);
+    if (found.isEmpty()) {
+        stop(text.toUtf8().constData());
+    }
+    view.scrollTo(found.front());
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
+                      view.visualRect(found.front()).center());
 }
 
 QStringList ApplicationDriver::texts(const QAbstractItemView& view) const
@@ -204,6 +307,16 @@ void ApplicationDriver::addScan(const QString& xmlPath, int seriesRow)
     click(QStringLiteral("Add Data"));
 }
 
+void ApplicationDriver::chooseLine(const QString& text)
+{
+    chooseText(find<QAbstractItemView>("studyTree"), text);
+}
+
+void ApplicationDriver::choosePatient(const QString& name)
+{
+    chooseText(find<QAbstractItemView>("patientList"), name);
+}
+
 void ApplicationDriver::openScan(int row)
 {
     doubleClick(find<QAbstractItemView>("dataSelectionList"), row);
@@ -222,18 +335,22 @@ void ApplicationDriver::segment(const QString& buttonText)
     waitFor([] { return QApplication::activeModalWidget() == nullptr; }, runTimeoutMs);
 }
 
-QGraphicsView& ApplicationDriver::sliceViewer() const
+kelp::oct::GISliceSegmentationViewer& ApplicationDriver::sliceViewer() const
 {
-    return find<QGraphicsView>("segmentationViewer");
+    return find<kelp::oct::GISliceSegmentationViewer>("segmentationViewer");
+}
+
+OCTScanSegPtr ApplicationDriver::shownSegmentation() const
+{
+    return sliceViewer().getSegmentation();
 }
 
 int ApplicationDriver::activeSlice() const
 {
-    return dynamic_cast<kelp::GISliceViewer&>(sliceViewer()).getActiveSlice();
+    return sliceViewer().getActiveSlice();
 }
 
 int ApplicationDriver::layerCount() const
 {
-    auto& viewer = dynamic_cast<kelp::GISliceViewer&>(sliceViewer());
-    return viewer.getSliceObjects(viewer.getActiveSlice()).size();
+    return sliceViewer().getSliceObjects(activeSlice()).size();
 }

@@ -1,15 +1,22 @@
 #pragma once
 
 #include "DialogDriver.h"
+#include "OCTScanSegmentation.h"
 
 #include <QPoint>
 #include <QStringList>
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 
+class QAbstractButton;
 class QAbstractItemView;
 class QGraphicsView;
+
+namespace kelp::oct {
+class GISliceSegmentationViewer;
+}
 
 /// The hands of a user at the whole application: every operation is mouse and key events on the
 /// widgets that are on the screen.
@@ -20,8 +27,9 @@ public:
 
     /// Starts the application, lets the script use it while its event loop runs, and quits with
     /// Ctrl+Q. Returns the exit code. The store and the settings are those of the environment, so
-    /// that a second run finds what the first one left.
-    static int run(const Script& script);
+    /// that a second run finds what the first one left. What comes up before the main form is
+    /// there is answered by what prepare expects.
+    static int run(const Script& script, const Script& prepare = {});
 
     DialogDriver dialogs;
 
@@ -44,8 +52,18 @@ public:
     /// Clicks the visible and enabled button of this text in the open tab.
     void click(const QString& text);
     bool isEnabled(const QString& buttonText) const;
+    /// Clicks the check box or radio button of this text on its indicator.
+    void tick(const QString& text);
+    /// A click of the right button as the window system sends it, so that context menus come up.
+    void rightClick(QWidget& widget, const QPoint& place);
+    /// A key for a widget that has the keyboard's focus by then.
+    void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    /// Clicks "Cancel" in the next progress dialog as soon as it has come to this value.
+    void cancelProgressAt(int value);
     void choose(QAbstractItemView& view, int row);
     void doubleClick(QAbstractItemView& view, int row);
+    /// The line of this text, also in a tree.
+    void chooseText(QAbstractItemView& view, const QString& text);
     QStringList texts(const QAbstractItemView& view) const;
 
     // Patient manager; its tab is open.
@@ -54,13 +72,19 @@ public:
     /// Answers the file dialog with the path, and picks the series of this row.
     void addScan(const QString& xmlPath, int seriesRow = 0);
 
+    /// Of the study tree below the patient.
+    void chooseLine(const QString& text);
+    void choosePatient(const QString& name);
+
     // Tabs of one scan.
     void openScan(int row = 0);
     void newSegmentation();
     /// Presses the button and waits until the run is over and its dialog gone.
     void segment(const QString& buttonText);
     /// The B-scan viewer of the open tab.
-    QGraphicsView& sliceViewer() const;
+    kelp::oct::GISliceSegmentationViewer& sliceViewer() const;
+    /// What it shows; null for none.
+    OCTScanSegPtr shownSegmentation() const;
     int activeSlice() const;
     int layerCount() const;
 
@@ -74,6 +98,8 @@ public:
 
 private:
     ApplicationDriver();
+    void perform(const Script& script);
+    QAbstractButton* findButton(const QString& text) const;
 
     template <typename T>
     QList<T*> nameList(const char* name, QWidget* parent) const
@@ -100,5 +126,6 @@ private:
     }
     [[noreturn]] static void stop(const char* missing);
 
-    bool m_hasQuit = false;
+    friend class ScriptStarter;
+    std::unique_ptr<QObject> m_canceller;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DialogDriver.h"
-#include "OCTScanSegmentation.h"
+#include "kelpGISliceSegmentationViewer.h"
 
 #include <QPoint>
 #include <QStringList>
@@ -12,11 +12,6 @@
 
 class QAbstractButton;
 class QAbstractItemView;
-class QGraphicsView;
-
-namespace kelp::oct {
-class GISliceSegmentationViewer;
-}
 
 /// The hands of a user at the whole application: every operation is mouse and key events on the
 /// widgets that are on the screen.
@@ -68,7 +63,8 @@ public:
 
     // Patient manager; its tab is open.
     void newPatient(const QString& lastName, const QString& firstName, const QString& birthDate);
-    void newStudy(const QString& name);
+    /// What comes up after the dialog's "OK" is expected by the last argument.
+    void newStudy(const QString& name, const std::function<void()>& expectMore = {});
     /// Answers the file dialog with the path, and picks the series of this row.
     void addScan(const QString& xmlPath, int seriesRow = 0);
 

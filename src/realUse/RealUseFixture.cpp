@@ -27,14 +27,27 @@ void writeFile(const QString& path, const QByteArray& content)
     ASSERT_EQ(file.write(content), content.size());
 }
 
+/// The file of the application's settings.
+class Settings : public QSettings
+{
+public:
+    Settings()
+        : QSettings(IniFormat, UserScope, QStringLiteral("Tessera"), QStringLiteral("Tessera"))
+    {
+    }
+};
+
 } // namespace
 
 RealUseFixture::RealUseFixture()
 {
     qputenv("TESSERA_STORE", store().toUtf8());
-    QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Tessera"),
-              QStringLiteral("Tessera"))
-        .clear();
+    Settings().clear();
+}
+
+void RealUseFixture::readSettingsAnew()
+{
+    Settings().sync();
 }
 
 kelp::phantom::Export RealUseFixture::writeExport(const QString& name,

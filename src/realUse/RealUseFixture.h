@@ -34,6 +34,8 @@ protected:
     /// The folder of the store that imports copy their files to.
     QString copiedFiles() const { return store() + QStringLiteral("/binary"); }
 
+    /// What another process has written into them meanwhile.
+    static void readSettingsAnew();
     /// Uses the application from its start to its end.
     static void use(const ApplicationDriver::Script& script,
                     const ApplicationDriver::Script& prepare = {})

@@ -3,7 +3,6 @@
 #include "EtdrsGrid.h"
 #include "RealUseFixture.h"
 #include "ScanTabs.h"
-#include "kelpGISliceSegmentationViewer.h"
 
 #include <QAbstractItemView>
 #include <QDir>

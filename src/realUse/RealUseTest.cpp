@@ -2,7 +2,6 @@
 #include "EtdrsGrid.h"
 #include "RealUseFixture.h"
 #include "ScanTabs.h"
-#include "kelpGISliceSegmentationViewer.h"
 
 #include <QAbstractItemView>
 #include <QCheckBox>

@@ -2,7 +2,6 @@
 #include "BatchTab.h"
 #include "RealUseFixture.h"
 #include "ScanTabs.h"
-#include "kelpGISliceSegmentationViewer.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>

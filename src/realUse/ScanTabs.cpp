@@ -4,7 +4,6 @@
 #include "MouseEvents.h"
 #include "OCTMeasurementViewer.h"
 #include "kelpException.h"
-#include "kelpGISliceSegmentationViewer.h"
 #include "kelpLayerSegmentationGI.h"
 
 #include <QDialog>

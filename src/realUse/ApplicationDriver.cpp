@@ -2,6 +2,7 @@
 
 #include "AppBase.h"
 #include "ApplicationAssembly.h"
+#include "SegUpdateDialog.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -40,6 +41,29 @@ void takeInLateQuits()
     QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection);
     QApplication::exec();
 }
+
+/// Whether one of the dialogs has come up, be it for an instant.
+class ShowWatch : public QObject
+{
+public:
+    explicit ShowWatch(const QList<kelp::oct::SegUpdateDialog*>& dialogs)
+    {
+        for (auto* const dialog : dialogs) {
+            dialog->installEventFilter(this);
+        }
+    }
+    bool hasSeenShow() const { return m_hasSeenShow; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        m_hasSeenShow = m_hasSeenShow || event->type() == QEvent::Show;
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    bool m_hasSeenShow = false;
+};
 
 /// Looks at every turn of the event loop.
 class ProgressCanceller : public QObject
@@ -342,9 +366,13 @@ void ApplicationDriver::newSegmentation()
 void ApplicationDriver::segment(const QString& buttonText)
 {
     constexpr int runTimeoutMs = 300000;
+    ShowWatch watch(form().findChildren<kelp::oct::SegUpdateDialog*>());
     click(buttonText);
-    waitFor([] { return QApplication::activeModalWidget() != nullptr; });
-    waitFor([] { return QApplication::activeModalWidget() == nullptr; }, runTimeoutMs);
+    waitFor([&watch] { return watch.hasSeenShow(); });
+    // On some scans the dialog goes before the last step has begun; the layers are drawn when the
+    // run is over.
+    waitFor([this] { return !QApplication::activeModalWidget() && layerCount() > 0; },
+            runTimeoutMs);
 }
 
 kelp::oct::GISliceSegmentationViewer& ApplicationDriver::sliceViewer() const

@@ -251,6 +251,8 @@ TEST(Patient, DescribesItself)
               QString("Ada Lovelace ") + QDate(1950, 2, 3).toString(Qt::TextDate));
     EXPECT_EQ(patient->metaInformation().value("Name"), QVariant("Ada Lovelace"));
     EXPECT_EQ(patient->metaInformation().value("Birth Date"), QVariant(QDate(1950, 2, 3)));
+    EXPECT_EQ(patient->metaInformation().value("Patient ID"),
+              QVariant(patient->getGUID().left(8).toUpper()));
     EXPECT_NE(patient->save(nullptr), CaError::nullError);
     EXPECT_NE(patient->load(nullptr), CaError::nullError);
 }

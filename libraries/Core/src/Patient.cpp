@@ -106,6 +106,12 @@ bool Patient::hasChild(const QString& id) const
     return getStudy(id) != nullptr;
 }
 
+QString Patient::numberOf(const QString& guid)
+{
+    constexpr int length = 8;
+    return guid.left(length).toUpper();
+}
+
 QString Patient::toString() const
 {
     return m_birthDate.isValid() ? m_name + " " + m_birthDate.toString(Qt::TextDate) : m_name;
@@ -117,7 +123,7 @@ QMap<QString, QVariant> Patient::metaInformation() const
             {"Birth Date", m_birthDate},
             {"Sex", m_sex},
             {"Remark", m_remark},
-            {"Patient ID", getId()}};
+            {"Patient ID", getPatientNumber()}};
 }
 
 CaError Patient::save(DataTreeIO* io)

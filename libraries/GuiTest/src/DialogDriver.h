@@ -44,6 +44,8 @@ public:
 
     /// Dialogs of this class are nobody's to answer: they show progress and go by themselves.
     void leaveAlone(const QByteArray& className) { m_leftAlone.insert(className); }
+    /// They are to be answered from now on.
+    void attendAgain(const QByteArray& className) { m_leftAlone.remove(className); }
 
     /// Expectations not met yet.
     int pending() const { return m_answers.size() + m_menuEntries.size(); }

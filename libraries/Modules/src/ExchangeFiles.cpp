@@ -1,5 +1,6 @@
 #include "ExchangeFiles.h"
 
+#include "Patient.h"
 #include "PatientTree.h"
 
 #include <QCryptographicHash>
@@ -196,7 +197,8 @@ TemporaryFolder::~TemporaryFolder()
 
 QString displayName(const QString& name, const QString& guid)
 {
-    return name.trimmed().isEmpty() ? guid : name;
+    return name.trimmed().isEmpty() ? QStringLiteral("Patient ID %1").arg(Patient::numberOf(guid))
+                                    : name;
 }
 
 } // namespace kelp::exchange

@@ -45,6 +45,7 @@ ExportDialog::ExportDialog(const QList<DataPointer<Patient>>& preselected, QWidg
     makeList();
     m_folder->setObjectName(QStringLiteral("exportFolder"));
     m_folder->setText(QDir::toNativeSeparators(lastFolder(folderKey)));
+    m_count->setObjectName(QStringLiteral("chosenCount"));
     m_note->setObjectName(QStringLiteral("note"));
     m_note->setWordWrap(true);
     auto* const all = makeButton(QStringLiteral("Select &All"), "selectAll");

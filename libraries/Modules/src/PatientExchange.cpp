@@ -38,7 +38,9 @@ QString Report::summary() const
     const QString carriedFiles = QStringLiteral("%1 (%2)").arg(
         counted(files, QStringLiteral("file"), QStringLiteral("files")),
         QLocale().formattedDataSize(bytes));
-    if (isImport) {
+    if (isImport && carried.isEmpty() && replaced.isEmpty()) {
+        lines << QStringLiteral("Nothing was imported.");
+    } else if (isImport) {
         lines << QStringLiteral("Imported %1 with %2.")
                      .arg(countedPatients(carried.size() + replaced.size()), carriedFiles);
     } else if (!carried.isEmpty()) {

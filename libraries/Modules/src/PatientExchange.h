@@ -43,7 +43,9 @@ Report exportPatients(const QList<DataPointer<Patient>>& patients, const QString
 enum class Present
 {
     Keep,
-    Replace
+    Replace,
+    /// The import ends before this patient.
+    Cancel
 };
 using Question = std::function<Present(const Patient& present)>;
 

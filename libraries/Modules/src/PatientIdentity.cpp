@@ -42,8 +42,7 @@ void setDetails(Patient& patient, const PatientDetails& details)
 
 QString patientNumber(const Patient& patient)
 {
-    constexpr int length = 8;
-    return patient.getGUID().left(length).toUpper();
+    return patient.getPatientNumber();
 }
 
 QString displayName(const Patient& patient)

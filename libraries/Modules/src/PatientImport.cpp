@@ -193,7 +193,12 @@ bool Importer::add(const Manifest::Patient& patient)
         return false;
     }
     const DataPointer<Patient> present = findPresent(patient.guid);
-    const bool isReplaced = present && m_question && m_question(*present) == Present::Replace;
+    const Present answer = present && m_question ? m_question(*present) : Present::Keep;
+    if (answer == Present::Cancel) {
+        report.cancelled = true;
+        return false;
+    }
+    const bool isReplaced = answer == Present::Replace;
     if (present && !isReplaced) {
         report.present.append(name);
         return true;

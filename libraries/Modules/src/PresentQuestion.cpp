@@ -24,15 +24,20 @@ Present PresentQuestion::ask(const Patient& present)
     box.setInformativeText(
         QStringLiteral("Keep the patient as it is here, or replace all its studies, scans and "
                        "segmentations by those of the import?"));
-    auto* const keep = box.addButton(QStringLiteral("&Keep"), QMessageBox::RejectRole);
+    auto* const keep = box.addButton(QStringLiteral("&Keep"), QMessageBox::AcceptRole);
     auto* const replace = box.addButton(QStringLiteral("&Replace"), QMessageBox::DestructiveRole);
+    auto* const cancel = box.addButton(QMessageBox::Cancel);
+    cancel->setToolTip(QStringLiteral("End the import here; what was imported so far stays"));
     box.setDefaultButton(keep);
-    box.setEscapeButton(keep);
+    box.setEscapeButton(cancel);
     auto* const forAll =
         new QCheckBox(QStringLiteral("Do the same for &all patients that are here"));
     forAll->setObjectName(QStringLiteral("forAll"));
     box.setCheckBox(forAll);
     box.exec();
+    if (box.clickedButton() == cancel) {
+        return Present::Cancel;
+    }
     m_answer = box.clickedButton() == replace ? Present::Replace : Present::Keep;
     m_isForAll = forAll->isChecked();
     return m_answer;

@@ -76,9 +76,12 @@ void rememberText(QLineEdit* edit, const QString& key)
 QString lastFolder(const QString& key)
 {
     const QString folder = Settings::get(settingsKey(key), QString());
-    return !folder.isEmpty() && QFileInfo(folder).isDir()
-               ? folder
-               : QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (!folder.isEmpty() && QFileInfo(folder).isDir()) {
+        return folder;
+    }
+    // Not every account has the folder for documents that is meant for it.
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
 void setLastFolder(const QString& key, const QString& path)

@@ -15,7 +15,7 @@ void rememberChecked(QAbstractButton* button, const QString& key);
 void rememberSplitter(QSplitter* splitter, const QString& key);
 void rememberText(QLineEdit* edit, const QString& key);
 
-/// The folder that was last used for this purpose, or the user's documents if that is gone.
+/// The folder that was last used for this purpose, or the user's documents or home if that is gone.
 QString lastFolder(const QString& key);
 /// Also takes the path of a file and keeps its folder. An empty path changes nothing.
 void setLastFolder(const QString& key, const QString& path);

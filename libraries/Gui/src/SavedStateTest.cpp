@@ -106,10 +106,13 @@ TEST(SavedState, TheLastFolderIsThatOfTheFileChosenLast)
     EXPECT_EQ(QDir(kelp::lastFolder(key)), QDir(folder.path()));
 }
 
-TEST(SavedState, ALastFolderThatIsGoneBecomesTheDocuments)
+TEST(SavedState, ALastFolderThatIsGoneBecomesTheDocumentsOrElseHome)
 {
     const QString key = freshKey();
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    ASSERT_FALSE(QDir(documents).exists()) << "the test has a home of its own";
+    EXPECT_EQ(kelp::lastFolder(key), QDir::homePath());
+    ASSERT_TRUE(QDir().mkpath(documents));
     EXPECT_EQ(kelp::lastFolder(freshKey()), documents);
     {
         const QTemporaryDir folder;
@@ -117,6 +120,7 @@ TEST(SavedState, ALastFolderThatIsGoneBecomesTheDocuments)
         EXPECT_EQ(kelp::lastFolder(key), folder.path());
     }
     EXPECT_EQ(kelp::lastFolder(key), documents);
+    EXPECT_TRUE(QDir().rmdir(documents));
 }
 
 } // namespace

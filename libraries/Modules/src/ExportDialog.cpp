@@ -139,8 +139,10 @@ void ExportDialog::check()
     QString note;
     if (chosen == 0) {
         note = QStringLiteral("Select the patients to export.");
-    } else if (folder().isEmpty() || !destination.isDir()) {
-        note = QStringLiteral("The destination is no folder.");
+    } else if (folder().isEmpty()) {
+        note = QStringLiteral("Choose a destination.");
+    } else if (!destination.isDir()) {
+        note = QStringLiteral("There is no such folder.");
     } else if (!destination.isWritable()) {
         note = QStringLiteral("You have no right to write into the destination.");
     } else {

@@ -73,11 +73,12 @@ void NameDialog::check()
     } else if (!isFree) {
         note = QStringLiteral("The name \"%1\" is taken.").arg(id());
     } else if (id() != m_name->text()) {
-        note = QStringLiteral("Stored as \"%1\": names consist of letters, digits, underscores, "
-                              "hyphens and points.")
-                   .arg(id());
+        note = QStringLiteral("Stored as \"%1\".").arg(id());
     }
     m_note->setText(note);
+    m_note->setMinimumHeight(
+        qMax(2 * fontMetrics().lineSpacing(),
+             m_note->heightForWidth(qMax(m_note->width(), m_note->minimumWidth()))));
     m_buttons->button(QDialogButtonBox::Ok)->setEnabled(isFree);
 }
 

@@ -1,8 +1,7 @@
 #include "PatientExchange.h"
 
+#include "DetailsText.h"
 #include "ExchangeManifest.h"
-
-#include <QLocale>
 
 namespace kelp::exchange {
 
@@ -19,9 +18,8 @@ QString countedPatients(int count)
 }
 
 /// The first few of a list that may be too long to be read.
-QString shortened(const QStringList& entries, const QString& separator)
+QString shortened(const QStringList& entries, const QString& separator, int shown)
 {
-    constexpr int shown = 20;
     QString text = entries.mid(0, shown).join(separator);
     if (entries.size() > shown) {
         text += separator + QStringLiteral("and %1 more").arg(entries.size() - shown);
@@ -33,11 +31,12 @@ QString shortened(const QStringList& entries, const QString& separator)
 
 QString Report::summary() const
 {
+    constexpr int shownNames = 20;
     const QString comma = QStringLiteral(", ");
     QStringList lines;
     const QString carriedFiles = QStringLiteral("%1 (%2)").arg(
         counted(files, QStringLiteral("file"), QStringLiteral("files")),
-        QLocale().formattedDataSize(bytes));
+        patients::displaySize(bytes));
     if (isImport && carried.isEmpty() && replaced.isEmpty()) {
         lines << QStringLiteral("Nothing was imported.");
     } else if (isImport) {
@@ -53,14 +52,15 @@ QString Report::summary() const
         lines << QStringLiteral("Cancelled before the end.");
     }
     if (!replaced.isEmpty()) {
-        lines << QStringLiteral("Replaced: %1").arg(shortened(replaced, comma));
+        lines << QStringLiteral("Replaced: %1").arg(shortened(replaced, comma, shownNames));
     }
     if (!present.isEmpty()) {
         lines << QStringLiteral("There already and left unchanged: %1")
-                     .arg(shortened(present, comma));
+                     .arg(shortened(present, comma, shownNames));
     }
     if (!problems.isEmpty()) {
-        lines << QStringLiteral("Problems:\n%1").arg(shortened(problems, QStringLiteral("\n")));
+        lines << QStringLiteral("Problems:\n%1")
+                     .arg(shortened(problems, QStringLiteral("\n"), shownProblems));
     }
     return lines.join(QStringLiteral("\n\n"));
 }

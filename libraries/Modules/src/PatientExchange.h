@@ -29,6 +29,8 @@ struct Report
     bool cancelled = false;
     bool isImport = false;
 
+    /// As many problems as fit a box without filling the screen; all of them stand in problems.
+    static constexpr int shownProblems = 5;
     /// What the user reads at the end.
     QString summary() const;
 };

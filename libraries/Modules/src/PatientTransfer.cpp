@@ -107,7 +107,7 @@ void PatientTransfer::showReport(const QString& title, const kelp::exchange::Rep
     const bool isClean = report.problems.isEmpty();
     QMessageBox box(isClean ? QMessageBox::Information : QMessageBox::Warning, title,
                     report.summary(), QMessageBox::Ok, m_window);
-    if (!isClean) {
+    if (report.problems.size() > kelp::exchange::Report::shownProblems) {
         box.setDetailedText(report.problems.join(QStringLiteral("\n")));
     }
     box.exec();

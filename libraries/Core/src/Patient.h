@@ -52,8 +52,8 @@ public:
 
     bool hasChild(const QString& id) const override;
 
-    /// The "Patient ID" that the user sees: eight characters of the GUID, so that it is assigned with
-    /// the patient and stays the same in every store.
+    /// The "Patient ID" that the user sees: eight characters of the GUID, so that it is assigned
+    /// with the patient and stays the same in every store.
     QString getPatientNumber() const { return numberOf(getGUID()); }
     static QString numberOf(const QString& guid);
     QString toString() const;

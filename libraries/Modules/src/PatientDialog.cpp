@@ -78,8 +78,8 @@ void PatientDialog::fill()
     m_lastName->setText(known.name.lastName);
     m_firstNames->setText(known.name.firstNames);
     m_birthDate->setText(displayDate(known.birthDate));
-    m_sex->addItems({QString(), QStringLiteral("Female"), QStringLiteral("Male"),
-                     QStringLiteral("Other")});
+    m_sex->addItems(
+        {QString(), QStringLiteral("Female"), QStringLiteral("Male"), QStringLiteral("Other")});
     if (m_sex->findText(known.sex) < 0) {
         m_sex->addItem(known.sex);
     }
@@ -130,8 +130,8 @@ bool PatientDialog::isTwinIntended()
 {
     const PatientDetails entered = details();
     const PatientDetails known = detailsOf(m_patient);
-    const bool isSame = joinName(entered.name) == m_patient.getName() &&
-                        entered.birthDate == known.birthDate;
+    const bool isSame =
+        joinName(entered.name) == m_patient.getName() && entered.birthDate == known.birthDate;
     const Patient* const twin = findTwin(m_others, m_patient, entered);
     if (isSame || !twin) {
         return true;

@@ -1,5 +1,5 @@
 # The Debian package: cpack in the build folder writes it. What it depends on is read off the
-# programs and plug-ins (Debian: dpkg-dev).
+# programs and plug-ins (Debian: dpkg-dev, file).
 install(FILES "${CMAKE_SOURCE_DIR}/LICENSE" DESTINATION share/doc/tessera RENAME copyright)
 
 set(CPACK_GENERATOR DEB)

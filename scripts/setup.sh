@@ -9,7 +9,7 @@ packages=(
     # libraries
     qtbase5-dev qtbase5-dev-tools qt5-image-formats-plugins libnlopt-dev libnlopt-cxx-dev
     # packaging: finds out what the programs depend on
-    dpkg-dev
+    dpkg-dev file
     # fonts for the labels in pictures
     fontconfig fonts-dejavu-core
     # tests: virtual X server, test library, independent maximum flow, formatting and static checks

@@ -83,5 +83,5 @@ function(tessera_test_entry name launcher platform main_library)
         WORKING_DIRECTORY "${folder}")
     set_tests_properties("${TESSERA_TEST_PREFIX}${name}" PROPERTIES
         TIMEOUT ${ARG_TIMEOUT}
-        ENVIRONMENT "HOME=${folder};XDG_CONFIG_HOME=${folder}/config;XDG_DATA_HOME=${folder}/data;TESSERA_STORE=${folder}/store;QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/thread-sanitizer.supp halt_on_error=1 second_deadlock_stack=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leak-sanitizer.supp;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
+        ENVIRONMENT "HOME=${folder};XDG_CONFIG_HOME=${folder}/config;XDG_DATA_HOME=${folder}/data;TESSERA_STORE=${folder}/store;QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/thread-sanitizer.supp halt_on_error=1 second_deadlock_stack=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leak-sanitizer.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
 endfunction()

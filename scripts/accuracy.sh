@@ -1,20 +1,23 @@
 #!/usr/bin/env bash
 # Segments synthetic scans with known surfaces and prints, for each surface, the mean absolute error
 # and the bias in image rows, and the largest error.
-# scripts/accuracy.sh [normal|drusen|mouse]...   default: all three
+# scripts/accuracy.sh [normal|normal-left|drusen|mouse]...   default: all; normal-left is a left eye
 set -euo pipefail
 cd "$(dirname "$0")/.."
 kinds=("$@")
-[ ${#kinds[@]} -gt 0 ] || kinds=(normal drusen mouse)
+[ ${#kinds[@]} -gt 0 ] || kinds=(normal normal-left drusen mouse)
 
 scripts/build.sh release
 bin=build/release/bin
 work=build/accuracy
 for kind in "${kinds[@]}"; do
-    "$bin/tessera-phantom" --out "$work/$kind" --kind "$kind" >/dev/null
-    "$bin/tessera-segment" --quiet --force --chain "$kind" --formats positions \
+    chain=${kind%-left}
+    eye=R
+    [ "$chain" = "$kind" ] || eye=L
+    "$bin/tessera-phantom" --out "$work/$kind" --kind "$chain" --eye $eye >/dev/null
+    "$bin/tessera-segment" --quiet --force --chain "$chain" --formats positions \
         --out "$work/results-$kind" "$work/$kind"
-    printf '%-8s %-6s %8s %8s %8s\n' "$kind" surface error bias largest
+    printf '%-12s %-6s %8s %8s %8s\n' "$kind" surface error bias largest
     for truth in "$work/$kind"/truth_*.csv; do
         surface=$(basename "$truth" .csv)
         surface=${surface#truth_}
@@ -26,6 +29,6 @@ for kind in "${kinds[@]}"; do
                 difference = $i - truth[i]; n++; bias += difference
                 size = difference < 0 ? -difference : difference
                 error += size; if (size > largest) largest = size } }
-            END { printf "%-8s %-6s %8.3f %8.3f %8d\n", "", surface, error / n, bias / n, largest }'
+            END { printf "%-12s %-6s %8.3f %8.3f %8d\n", "", surface, error / n, bias / n, largest }'
     done
 done

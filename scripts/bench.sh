@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Measures the cuts of a chain on a synthetic 512 by 496 by 49 scan: a row per step with its columns,
-# nodes, edges, build and solve seconds and peak memory. Then solves the same cuts with plain
+# nodes, edges, build and solve seconds and peak memory, and what looking for the device's fill and
+# counting the quality figures take of it. Then solves the same cuts with plain
 # Boost.Graph in the same run, for the ratio (and its memory, which is far higher).
 # scripts/bench.sh [normal|drusen|mouse]   default: normal
 set -euo pipefail

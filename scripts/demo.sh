@@ -22,7 +22,7 @@ fi
 
 echo
 echo "The results are in $results: one folder for each scan."
-echo "  layer_*.csv      positions of each surface, in image rows: a line a B-scan"
+echo "  layer_*.csv      positions of each surface, in image rows: line 1 is B-scan 1"
 echo "  thickness_*.csv  distances of neighbouring surfaces, in micrometres"
 echo "  etdrs.csv        mean thickness for each ETDRS sector"
 echo "  oct.mha, segmentation.mha   the scan and its labels as volumes"

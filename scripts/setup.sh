@@ -8,6 +8,8 @@ packages=(
     cmake ninja-build g++
     # libraries
     qtbase5-dev qtbase5-dev-tools qt5-image-formats-plugins libnlopt-dev libnlopt-cxx-dev
+    # scripts that vary exports for measurements, and draw the icons
+    python3
     # packaging: finds out what the programs depend on
     dpkg-dev file
     # fonts for the labels in pictures

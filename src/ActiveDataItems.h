@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OCTScanSegmentation.h"
+#include "RunWarnings.h"
 #include "Study.h"
 
 namespace kelp::oct {
@@ -26,11 +27,15 @@ public:
     int getBScan() const { return m_bScan; }
     void setBScan(int index) { m_bScan = index; }
 
+    /// Of the last run, while its result is shown.
+    RunWarnings& runWarnings() { return m_runWarnings; }
+
 private:
     OCTScanPtr m_scan;
     OCTScanSegPtr m_segmentation;
     DataPointer<Study> m_study;
     int m_bScan = -1;
+    RunWarnings m_runWarnings;
 };
 
 } // namespace kelp::oct

@@ -1,6 +1,7 @@
 #include "BatchModuleFixture.h"
 #include "BatchScans.h"
 #include "TraceCapture.h"
+#include "Waiting.h"
 #include "kelpFileWriter.h"
 
 #include <QMessageBox>
@@ -178,7 +179,7 @@ TEST_F(BatchFailures, APatientThatCannotBeStoredIsReportedAndStaysMarkedForAnoth
     });
     check(0);
     segmentChecked();
-    EXPECT_TRUE(QTest::qWaitFor([this] { return m_dialogs->pending() == 0; }, 5000));
+    EXPECT_TRUE(waiting::until([this] { return m_dialogs->pending() == 0; }));
     EXPECT_EQ(countInLog("Segmentation success for patient"), 1);
     EXPECT_EQ(colorInLog("Could not store patient."), QColor(Qt::red));
     EXPECT_GE(countInLog(file), 1) << "the reason names the file";

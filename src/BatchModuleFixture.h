@@ -4,6 +4,7 @@
 #include "DialogDriver.h"
 #include "OCTBatchProcessModule.h"
 #include "Phantom.h"
+#include "Waiting.h"
 
 #include <QCheckBox>
 #include <QElapsedTimer>
@@ -33,11 +34,22 @@ public:
     {
         constexpr int lookIntervalMs = 1;
         startTimer(lookIntervalMs);
+        // On a busy machine a whole scan may be done before a timer fires. So each change of the
+        // log is looked at before anything else that has happened meanwhile.
+        connect(window.findChild<QTextEdit*>(QStringLiteral("batchLog")), &QTextEdit::textChanged,
+                this, [this] {
+                    QCoreApplication::postEvent(this, new QEvent(QEvent::User),
+                                                Qt::HighEventPriority);
+                });
     }
     bool hasCancelled() const { return m_cancelled; }
 
 protected:
-    void timerEvent(QTimerEvent* /*event*/) override
+    void timerEvent(QTimerEvent* /*event*/) override { look(); }
+    void customEvent(QEvent* /*event*/) override { look(); }
+
+private:
+    void look()
     {
         for (auto* const dialog : m_window.findChildren<QProgressDialog*>()) {
             if (!m_cancelled && dialog->isVisible() && m_condition(*dialog)) {
@@ -47,7 +59,6 @@ protected:
         }
     }
 
-private:
     QWidget& m_window;
     Condition m_condition;
     bool m_cancelled = false;
@@ -78,7 +89,7 @@ protected:
         m_module = std::make_unique<OCTBatchProcessModule>(QStringLiteral("OCT Batch Processing"));
         window().resize(1280, 720);
         window().show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
+        ASSERT_TRUE(waiting::untilExposed(window()));
         m_module->activate();
     }
 
@@ -162,14 +173,14 @@ protected:
     /// An export with known surfaces, small enough to be segmented in a second or two.
     phantom::Export writePhantom(const QString& folder, std::uint64_t seed,
                                  phantom::Pattern pattern = phantom::Pattern::Volume,
-                                 phantom::Kind kind = phantom::Kind::Normal) const
+                                 phantom::Kind kind = phantom::Kind::Normal, int rows = 160) const
     {
         phantom::Options options;
         options.pattern = pattern;
         options.kind = kind;
         options.seed = seed;
         options.aScans = 96;
-        options.rows = 160;
+        options.rows = rows;
         options.bScans = 5;
         options.localizerSize = 64;
         phantom::Export written = phantom::writeExport(m_exports.filePath(folder), options);
@@ -182,7 +193,7 @@ protected:
     {
         window().activateWindow();
         table().setFocus();
-        ASSERT_TRUE(QTest::qWaitFor([this] { return table().hasFocus(); }));
+        ASSERT_TRUE(waiting::until([this] { return table().hasFocus(); }));
         QTest::keyClick(&table(), key, modifiers);
     }
     void checkAll() const { press(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier); }

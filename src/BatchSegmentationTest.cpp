@@ -2,6 +2,8 @@
 #include "SegmentationMask.h"
 #include "TraceCapture.h"
 
+#include <QProgressBar>
+
 namespace kelp::oct {
 
 namespace {
@@ -12,6 +14,9 @@ using test::ProgressCanceller;
 
 const QStringList normalLayers{"BM", "GCL", "ILM", "INL", "ISe", "ONL"};
 const QStringList drusenLayers{"BM", "GCL", "ILM", "INL", "IRPE", "ISe", "ONL"};
+
+/// So few that the deep surfaces are below the image.
+constexpr int fewRows = 64;
 
 class BatchSegmentation : public test::BatchModuleFixture
 {
@@ -206,6 +211,33 @@ TEST_F(BatchSegmentation, CancellingStopsAtTheScanAndTheNextBatchBeginsWithWhatW
     EXPECT_EQ(logTexts(), QStringList{"Finished batch-segmenting OCT scans"});
 }
 
+TEST_F(BatchSegmentation, ACancelWhileTheProgressAdvancesStartsNoFurtherScan)
+{
+    writePhantom("a", 1);
+    writePhantom("b", 2);
+    importFolder(m_exports.path());
+    check(0);
+    check(1);
+    const QString second = cell(1, 1);
+    click("Start Segmentation");
+    ASSERT_TRUE(progress());
+    auto* const bar = progress()->findChild<QProgressBar*>();
+    auto* const cancel = progress()->findChild<QPushButton*>();
+    ASSERT_TRUE(bar && cancel);
+    QObject::connect(bar, &QProgressBar::valueChanged, cancel, [cancel](int value) {
+        if (value == 1) {
+            QTest::mouseClick(cancel, Qt::LeftButton);
+        }
+    });
+    waitForTheEnd();
+    EXPECT_EQ(countInLog("Segmentation success for patient"), 1);
+    EXPECT_EQ(logTexts().last(), QStringLiteral("Segmentation error..."));
+
+    segmentChecked();
+    EXPECT_EQ(countInLog("Segmentation success for patient " + second), 1);
+    EXPECT_EQ(countInLog("Segmentation success for patient"), 1);
+}
+
 TEST_F(BatchSegmentation, KeepsTheUserOutWithAProgressThatCountsTheScans)
 {
     writePhantom("a", 1);
@@ -219,12 +251,73 @@ TEST_F(BatchSegmentation, KeepsTheUserOutWithAProgressThatCountsTheScans)
     EXPECT_EQ(progress()->maximum(), 2);
     EXPECT_EQ(progress()->value(), 0);
     EXPECT_EQ(progress()->labelText(), QStringLiteral("Batch segementing OCTs..."));
-    // Still there while the last one runs.
-    EXPECT_TRUE(QTest::qWaitFor([this] { return countInLog("success") == 1; }, 120000));
-    EXPECT_TRUE(QTest::qWaitFor([this] { return !progress() || progress()->value() == 1; }, 1000));
-    EXPECT_TRUE(progress());
+    bool isThereWhileTheLastOneRuns = false;
+    const QObject context;
+    QObject::connect(&log(), &QTextEdit::textChanged, &context, [&] {
+        const QString text = log().toPlainText();
+        if (countInLog("success") == 1 && text.endsWith(QLatin1Char('.'))) {
+            isThereWhileTheLastOneRuns = progress() && progress()->value() == 1;
+        }
+    });
     waitForTheEnd();
+    EXPECT_TRUE(isThereWhileTheLastOneRuns);
     EXPECT_EQ(countInLog("Segmentation success"), 2);
+}
+
+TEST_F(BatchSegmentation, WarningsNameTheirScanAndTheEndCountsTheScansThatHaveThem)
+{
+    writePhantom("a", 1, Pattern::Volume, Kind::Normal, fewRows);
+    writePhantom("b", 2);
+    importFolder(m_exports.path());
+    checkAll();
+    const int bad = cell(0, 1).contains('1') ? 0 : 1;
+    segmentChecked();
+    ASSERT_EQ(countInLog("Segmentation success for patient"), 2);
+    const QString start = QString("Warning for scan %1 of patient %2 in study DefaultStudy: ")
+                              .arg(cell(bad, 4), cell(bad, 1));
+    EXPECT_GT(countInLog(start), 0) << log().toPlainText().toStdString();
+    EXPECT_EQ(countInLog("Warning"), countInLog(start)) << "the good scan has warnings";
+    const QStringList lines = logTexts();
+    const int success = lines.indexOf(lines.filter("success for patient " + cell(bad, 1)).first());
+    EXPECT_TRUE(lines.at(success + 1).startsWith(start)) << lines.at(success + 1);
+    EXPECT_TRUE(lines.at(success + 1).contains("no surface found"));
+    EXPECT_EQ(colorInLog(lines.at(success + 1)), QColor(Qt::red));
+    EXPECT_EQ(lines.last(), QStringLiteral("Scans with warnings: 1 of 2. Look at their B-scans "
+                                           "before you use the numbers."));
+    EXPECT_EQ(colorInLog(lines.last()), QColor(Qt::red));
+    EXPECT_EQ(lines.at(lines.size() - 2), QStringLiteral("Finished batch-segmenting OCT scans"));
+    // The layers are stored all the same.
+    reopenStore();
+    for (Patient* const patient : patients()) {
+        expectLayers(*patient, normalLayers);
+    }
+}
+
+TEST_F(BatchSegmentation, WarningsOfACancelledBatchAreCountedToo)
+{
+    writePhantom("a", 1, Pattern::Volume, Kind::Normal, fewRows);
+    writePhantom("b", 2, Pattern::Volume, Kind::Normal, fewRows);
+    importFolder(m_exports.path());
+    checkAll();
+    const ProgressCanceller canceller(
+        window(), [this](QProgressDialog&) { return countInLog("Warning for scan") > 0; });
+    segmentChecked();
+    EXPECT_TRUE(canceller.hasCancelled());
+    EXPECT_EQ(countInLog("Segmentation success for patient"), 1);
+    EXPECT_EQ(countInLog("Scans with warnings: 1 of 1."), 1) << log().toPlainText().toStdString();
+}
+
+TEST_F(BatchSegmentation, WarningsAreCountedAnewInEachBatch)
+{
+    writePhantom("a", 1, Pattern::Volume, Kind::Normal, fewRows);
+    importFolder(m_exports.path());
+    for (int run = 0; run < 2; ++run) {
+        check(0);
+        segmentChecked();
+        EXPECT_EQ(countInLog("Scans with warnings: 1 of 1."), 1);
+    }
+    segmentChecked();
+    EXPECT_EQ(logTexts(), QStringList{"Finished batch-segmenting OCT scans"});
 }
 
 TEST_F(BatchSegmentation, PrintsWhichScansItIsGoingToSegment)

@@ -1,11 +1,13 @@
 #include "OCTAutoSegmentationModule.h"
 
 #include "AppBase.h"
+#include "NoticeBar.h"
 #include "OCTScanControlWidget.h"
 #include "OCTScanUtils.h"
 #include "OCTSegmentationViewerWidget.h"
 #include "SegInterface.h"
 #include "SegUpdateDialog.h"
+#include "SegmentationQuality.h"
 #include "kelpCheck.h"
 #include "kelpSettings.h"
 #include "kelpTrace.h"
@@ -96,12 +98,20 @@ void OCTAutoSegmentationModule::clearOCT()
     updateButtons();
 }
 
+void OCTAutoSegmentationModule::startRun(const QString& lastStep)
+{
+    m_segInterface->resetSegmentation();
+    m_lastStep = lastStep;
+    m_runSegmentation = m_octScanSegmentation.data();
+    runWarnings().clear();
+    tellRunWarnings();
+}
+
 void OCTAutoSegmentationModule::segmentAll(SegmentationChain chain)
 {
     const bool maskETDRSSectors = m_useETDRSMask->checkState() == Qt::Checked;
     const bool maskCenter = m_useCenterMask->checkState() == Qt::Checked;
-    m_segInterface->resetSegmentation();
-    m_lastStep = chainSteps(chain).last();
+    startRun(chainSteps(chain).last());
     queueChain(*m_segInterface, m_octScanSegmentation, chain, maskETDRSSectors, maskCenter);
 }
 
@@ -136,8 +146,7 @@ void OCTAutoSegmentationModule::startTestChain()
     check(!m_octScan.isNull(), startSegmentTestPlace, "OCT scan is null.");
     const auto axialMillimetres = static_cast<float>(m_octScan->getSliceSpacing().y);
     const auto axial = static_cast<float>(axialMillimetres * 1000.0);
-    m_segInterface->resetSegmentation();
-    m_lastStep = QStringLiteral("segmentPEFineConstant");
+    startRun(QStringLiteral("segmentPEFineConstant"));
     m_segInterface->segmentCoarseMinMax(m_octScanSegmentation, testValue(minTopMiddleRow) / axial,
                                         testValue(maxTopMiddleRow) / axial);
     // The mask boxes have no effect on a test.
@@ -168,6 +177,33 @@ void OCTAutoSegmentationModule::segmentationSuccess()
          [this] { setOCTScanSegmentation(m_octScanSegmentation); });
     step("Updating the segmentation mask failed:\n", segmentationErrorTitle,
          [this] { m_controlWidget->updateMask(); });
+    noticeWarnings();
+}
+
+void OCTAutoSegmentationModule::noticeWarnings()
+{
+    if (!m_runSegmentation) {
+        // Told already: on circular scans success comes several times.
+        return;
+    }
+    const QStringList warnings = qualityWarnings(m_segInterface->getStatistics());
+    for (const QString& warning : warnings) {
+        Trace() << "OCTAutoSegmentationModule::segmentationSuccess: warning: " << warning;
+    }
+    runWarnings().set(m_runSegmentation.data(), warnings);
+    m_runSegmentation.clear();
+    tellRunWarnings();
+    if (!runWarnings().isEmpty()) {
+        m_notice->showNotice(runWarnings().asNotice());
+    }
+}
+
+void OCTAutoSegmentationModule::tellRunWarnings()
+{
+    OCTModule::tellRunWarnings();
+    if (runWarnings().isEmpty()) {
+        m_notice->hide();
+    }
 }
 
 void OCTAutoSegmentationModule::segmentationFailure(QString message)
@@ -176,6 +212,7 @@ void OCTAutoSegmentationModule::segmentationFailure(QString message)
     // An aborted step ends at its next look at the flag; it must not write while its result is
     // read.
     m_segInterface->resetSegmentation();
+    m_runSegmentation.clear();
     segmentationChanged();
     step("Setting the segmentation failed:\n", segmentationErrorTitle,
          [this] { setOCTScanSegmentation(m_octScanSegmentation); });

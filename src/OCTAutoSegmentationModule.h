@@ -11,6 +11,9 @@ class QCheckBox;
 class QGroupBox;
 class QLineEdit;
 class QPushButton;
+namespace kelp {
+class NoticeBar;
+}
 
 namespace kelp::oct {
 
@@ -45,6 +48,7 @@ public slots:
 
 protected:
     QString nextStep() const override;
+    void tellRunWarnings() override;
 
 private:
     void makeViewer(QWidget* parent);
@@ -59,6 +63,10 @@ private:
     void segmentAll(SegmentationChain chain);
     void startTestChain();
     float testValue(int row) const;
+    /// Queues nothing yet. The name is that of the last step that will be.
+    void startRun(const QString& lastStep);
+    /// What the run that is over says against its own result.
+    void noticeWarnings();
     /// False after a signal of a run whose last step is still to come.
     bool isRunOver() const;
     void exportInto(const QString& folder);
@@ -77,8 +85,10 @@ private:
     QCheckBox* m_useCenterMask = nullptr;
     QSharedPointer<SegInterface> m_segInterface;
     SegUpdateDialog* m_updateDialog = nullptr;
-    std::array<QLineEdit*, 8> m_testFields{}; ///< null while the test options are off
-    QString m_lastStep;                       ///< of the chain that was queued last
+    std::array<QLineEdit*, 8> m_testFields{};        ///< null while the test options are off
+    QString m_lastStep;                              ///< of the chain that was queued last
+    QPointer<OCTScanSegmentation> m_runSegmentation; ///< of the run under way
+    NoticeBar* m_notice = nullptr;
 };
 
 } // namespace kelp::oct

@@ -1,3 +1,4 @@
+#include "NoticeBar.h"
 #include "OCTAutoSegmentationModule.h"
 #include "OCTScanControlWidget.h"
 #include "OCTSegmentationViewerWidget.h"
@@ -104,11 +105,13 @@ OCTAutoSegmentationModule::~OCTAutoSegmentationModule()
 
 void OCTAutoSegmentationModule::makeViewer(QWidget* parent)
 {
+    m_notice = new NoticeBar(parent);
     const bool done =
         step("Initializing the viewer failed:\n", "Error Initializing the viewer", [&] {
             m_segmentationViewer = new OCTSegmentationViewerWidget(parent);
             m_segmentationViewer->initViewer();
             m_segmentationViewer->layout()->setContentsMargins(0, 0, 0, 0);
+            m_segmentationViewer->setTopWidget(m_notice);
         });
     if (!done) {
         Trace() << "OCTAutoSegmentationModule constructor: "

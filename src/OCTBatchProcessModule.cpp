@@ -10,6 +10,7 @@
 #include "OCTScanChecks.h"
 #include "SavedState.h"
 #include "SegmentationNames.h"
+#include "SegmentationQuality.h"
 #include "WaitCursor.h"
 #include "kelpCheck.h"
 #include "kelpTrace.h"
@@ -169,6 +170,8 @@ void OCTBatchProcessModule::batchSegmentOCTs()
     }
     m_progressDialog->setLabelText(QStringLiteral("Batch segementing OCTs..."));
     m_progressDialog->setRange(0, m_queue.size());
+    m_segmentedScans = 0;
+    m_scansWithWarnings = 0;
     startSegmentingNextOCT();
 }
 
@@ -209,6 +212,11 @@ void OCTBatchProcessModule::startSegmentingNextOCT()
         return;
     }
     m_progressDialog->setValue(m_progressDialog->value() + 1);
+    if (m_progressDialog->wasCanceled()) {
+        // Some seconds after the start the dialog handles events when it is set, and shows itself.
+        m_progressDialog->hide();
+        return;
+    }
     m_queue.startNext();
     try {
         startSteps();
@@ -252,9 +260,39 @@ void OCTBatchProcessModule::segmentationSuccess()
         m_log->appendLine(
             QStringLiteral("Segmentation success for patient %1\n").arg(patient->getName()),
             BatchLine::Success);
+        reportWarnings();
         storeInBatch(patient, reportToLog());
     }
     goOn();
+}
+
+void OCTBatchProcessModule::reportWarnings()
+{
+    ++m_segmentedScans;
+    const QStringList warnings = qualityWarnings(m_segInterface->getStatistics());
+    if (warnings.isEmpty()) {
+        return;
+    }
+    ++m_scansWithWarnings;
+    const BatchScan& item = m_queue.running();
+    for (const QString& warning : warnings) {
+        m_log->appendLine(
+            QStringLiteral("Warning for scan %1 of patient %2 in study %3: %4")
+                .arg(item.scan->getId(), item.patient->getName(), item.study->getId(), warning),
+            BatchLine::Problem);
+    }
+    m_log->appendLine(QString());
+}
+
+void OCTBatchProcessModule::reportScansWithWarnings()
+{
+    if (m_scansWithWarnings > 0) {
+        m_log->appendLine(QStringLiteral("Scans with warnings: %1 of %2. Look at their B-scans "
+                                         "before you use the numbers.")
+                              .arg(m_scansWithWarnings)
+                              .arg(m_segmentedScans),
+                          BatchLine::Problem);
+    }
 }
 
 void OCTBatchProcessModule::segmentationFailure(QString message)
@@ -274,6 +312,7 @@ void OCTBatchProcessModule::goOn()
 {
     if (m_progressDialog && m_progressDialog->wasCanceled()) {
         Trace() << "batch seg cancelled, done";
+        reportScansWithWarnings();
         fillTable();
         return;
     }
@@ -287,6 +326,7 @@ void OCTBatchProcessModule::finishBatch()
 {
     m_progressDialog->accept();
     m_log->appendLine(QStringLiteral("\nFinished batch-segmenting OCT scans"), BatchLine::Success);
+    reportScansWithWarnings();
     m_queue.clear();
     fillTable();
     // Hidden, it would come back by itself when its minimum duration has passed.

@@ -54,9 +54,13 @@ private:
     /// Loads the running scan and queues the steps of the chain. Throws what keeps the scan from
     /// being segmented.
     void startSteps();
+    /// What the run that is over says against its own result.
+    void reportWarnings();
     /// After the end of one scan.
     void goOn();
     void finishBatch();
+    /// How many of the scans that were segmented have warnings; nothing if none has.
+    void reportScansWithWarnings();
 
     QPointer<QWidget> m_mainWidget;
     BatchTable* m_table = nullptr;
@@ -64,6 +68,8 @@ private:
     BatchLog* m_log = nullptr;
     HintOverlay* m_hint = nullptr;
     BatchQueue m_queue;
+    int m_segmentedScans = 0;
+    int m_scansWithWarnings = 0;
     SegmentationChain m_chain = SegmentationChain::Normal; ///< of the running scan
     QSharedPointer<SegInterface> m_segInterface;
     QProgressDialog* m_progressDialog = nullptr;

@@ -1,6 +1,7 @@
 #include "OCTHelpModule.h"
 
 #include "Appearance.h"
+#include "Waiting.h"
 
 #include <QDesktopServices>
 #include <QDirIterator>
@@ -46,7 +47,7 @@ struct HelpTab : testing::Test
     {
         module.getMainWidget()->resize(1000, 700);
         module.getMainWidget()->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(module.getMainWidget()));
+        ASSERT_TRUE(waiting::untilExposed(*module.getMainWidget()));
     }
     /// Clicks the link with this text; false if it is not on the page.
     bool clickLink(const QString& text)

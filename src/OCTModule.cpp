@@ -382,6 +382,13 @@ void OCTModule::tellSelection()
         m_nextStep->setVisible(!text.isEmpty());
     }
     AppBase::setScanDescription(m_octScan ? m_octScan->getId() : QString());
+    tellRunWarnings();
+}
+
+void OCTModule::tellRunWarnings()
+{
+    runWarnings().keepFor(m_octScanSegmentation);
+    AppBase::setStatusNotice(runWarnings().asStatusText());
 }
 
 } // namespace kelp::oct

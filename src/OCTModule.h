@@ -62,6 +62,10 @@ protected:
     /// What the user should do with the scan that is shown; empty if that is clear.
     virtual QString nextStep() const;
 
+    RunWarnings& runWarnings() { return m_activeDataItems->runWarnings(); }
+    /// Shows what the last run said against the segmentation that is shown, in the status line.
+    virtual void tellRunWarnings();
+
     /// kelp::guarded with the main widget as parent.
     template <typename Action>
     bool step(const char* firstLine, const char* title, Action&& action)
@@ -82,7 +86,7 @@ private:
     void showBScan(int index);
     void showSegmentation(const OCTScanSegPtr& segmentation);
     void addToCurrentStudy(const OCTScanSegPtr& segmentation);
-    /// Hint and status bar, at the end of whatever changed the selection.
+    /// Hint, status bar and warnings, at the end of whatever changed the selection.
     void tellSelection();
 
     ActiveDataItems* m_activeDataItems = nullptr;

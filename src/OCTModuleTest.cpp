@@ -2,6 +2,7 @@
 
 #include "DialogDriver.h"
 #include "TraceCapture.h"
+#include "Waiting.h"
 
 #include <QLabel>
 
@@ -177,7 +178,7 @@ TEST_F(OCTModuleTest, NewSegmentationsOfOneMinuteAreNumberedAndSaved)
     doubleClickScan(*tab.getMainWidget(), QStringLiteral("scan1"));
     press(*tab.getMainWidget(), QStringLiteral("New Segmentation"));
     EXPECT_TRUE(AppBase::hasUnsavedChanges());
-    EXPECT_TRUE(QTest::qWaitFor([] { return !AppBase::hasUnsavedChanges(); }));
+    EXPECT_TRUE(waiting::until([] { return !AppBase::hasUnsavedChanges(); }));
     press(*tab.getMainWidget(), QStringLiteral("New Segmentation"));
 
     QStringList ids = segmentationIds();

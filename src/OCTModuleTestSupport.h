@@ -22,8 +22,6 @@
 /// What the tests of the tabs share.
 namespace moduletest {
 
-constexpr int longWaitMs = 60000;
-
 /// An application with a patient and a study on a store of its own, in place of the patient
 /// manager.
 class ModuleApplication : public testing::Test

@@ -31,8 +31,8 @@ void showLarge(QWidget& widget)
     widget.resize(tab);
     widget.show();
     widget.activateWindow();
-    check(QTest::qWaitForWindowActive(&widget), {sourcePath, "kelp::bench::showLarge"},
-          "The window does not come up.");
+    check(QTest::qWaitForWindowActive(&widget, longestWaitMs),
+          {sourcePath, "kelp::bench::showLarge"}, "The window does not come up.");
 }
 
 /// Everything that is waiting, painting included.
@@ -122,7 +122,8 @@ Figure measureEditing(const OCTScanSegPtr& segmentation)
     showLarge(widget);
     emit widget.setActiveSlice(segmentation->getNrOfBScans() / 2);
     auto& view = *widget.getViewer();
-    check(QTest::qWaitFor([&view] { return view.cursor().shape() == Qt::CrossCursor; }),
+    check(QTest::qWaitFor([&view] { return view.cursor().shape() == Qt::CrossCursor; },
+                          longestWaitMs),
           {sourcePath, "kelp::bench::measureEditing"}, "The editor does not start.");
     const QRect image = view.mapFromScene(view.getImageRect()).boundingRect();
     const int middle = image.center().y();

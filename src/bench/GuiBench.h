@@ -6,6 +6,9 @@
 /// What a user waits for, measured on the true widgets with true events.
 namespace kelp::bench {
 
+/// For what comes with the events of the window; no part of any figure.
+constexpr int longestWaitMs = 120000;
+
 struct Sizes
 {
     int patients = 10000;

@@ -69,7 +69,8 @@ void showAsTab(QWidget& widget)
     constexpr QSize tab(1280, 720);
     widget.resize(tab);
     widget.show();
-    check(QTest::qWaitForWindowExposed(&widget), place, "The window does not come up.");
+    check(QTest::qWaitForWindowExposed(&widget, longestWaitMs), place,
+          "The window does not come up.");
     QCoreApplication::processEvents();
 }
 

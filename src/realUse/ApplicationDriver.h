@@ -85,7 +85,7 @@ public:
     int layerCount() const;
 
     /// Handles events until the condition holds; false and a failure after the time.
-    static bool waitFor(const std::function<bool()>& condition, int timeoutMs = 30000);
+    static bool waitFor(const std::function<bool()>& condition, int timeoutMs = 120000);
 
     /// What makes a script stop where it is, after the failure was reported.
     struct Stop

@@ -28,6 +28,33 @@ QString cell(const ApplicationDriver& user, int row, int column)
     return label ? label->text() : QString();
 }
 
+/// Looks at each change of the log before anything else that has happened meanwhile: on a busy
+/// machine a whole scan may be done before the user interface gets its turn.
+class BatchCanceller : public QObject
+{
+public:
+    BatchCanceller(const QTextEdit& log, int scan) : m_log(log), m_scan(scan)
+    {
+        connect(&log, &QTextEdit::textChanged, this, [this] {
+            QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::HighEventPriority);
+        });
+    }
+
+protected:
+    void customEvent(QEvent* /*event*/) override
+    {
+        auto* const dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+        const bool isRunning = m_log.toPlainText().endsWith(QLatin1Char('.'));
+        if (isRunning && dialog && dialog->isVisible() && dialog->value() == m_scan) {
+            DialogDriver::click(*dialog, QStringLiteral("Cancel"));
+        }
+    }
+
+private:
+    const QTextEdit& m_log;
+    int m_scan;
+};
+
 } // namespace
 
 void importFolder(ApplicationDriver& user, const QString& folder)
@@ -63,6 +90,11 @@ void checkAll(ApplicationDriver& user)
 void start(ApplicationDriver& user)
 {
     user.click(QStringLiteral("Start Segmentation"));
+}
+
+std::unique_ptr<QObject> cancelInScan(const ApplicationDriver& user, int scan)
+{
+    return std::make_unique<BatchCanceller>(user.find<QTextEdit>("batchLog"), scan);
 }
 
 void waitForTheEnd(ApplicationDriver& user)

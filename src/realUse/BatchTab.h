@@ -2,7 +2,10 @@
 
 #include "ApplicationDriver.h"
 
+#include <QObject>
 #include <QStringList>
+
+#include <memory>
 
 /// What a user does in the tab of batch processing, with mouse and keys alone.
 namespace batchtab {
@@ -18,6 +21,9 @@ void check(ApplicationDriver& user, int row);
 void checkAll(ApplicationDriver& user);
 /// Starts the batch; it runs on while this returns.
 void start(ApplicationDriver& user);
+/// Cancels the batch, for as long as the result lives, as soon as its scan of this number, from 0,
+/// tells that it runs.
+[[nodiscard]] std::unique_ptr<QObject> cancelInScan(const ApplicationDriver& user, int scan);
 /// Until the batch is over and its dialog gone.
 void waitForTheEnd(ApplicationDriver& user);
 /// The lines of the log without the dots of the progress before them.

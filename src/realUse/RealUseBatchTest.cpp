@@ -169,7 +169,7 @@ TEST_F(RealUseBatch, ACancelledBatchKeepsTheScansThatWereDone)
         openTab(user);
         importFolder(user, exports());
         checkAll(user);
-        user.cancelProgressAt(1);
+        const auto canceller = cancelInScan(user, 1);
         start(user);
         waitForTheEnd(user);
         EXPECT_EQ(countInLog(user, QStringLiteral("Segmentation success for patient")), 1);
@@ -218,9 +218,11 @@ TEST_F(RealUseBatch, APatientDeletedAfterACancelledBatchStaysDeleted)
         openTab(user);
         importFolder(user, exports());
         checkAll(user);
-        user.cancelProgressAt(0);
-        start(user);
-        waitForTheEnd(user);
+        {
+            const auto canceller = cancelInScan(user, 0);
+            start(user);
+            waitForTheEnd(user);
+        }
         user.selectTab(QStringLiteral("Patient Manager"));
         user.choosePatient(QStringLiteral("Normal 2"));
         user.dialogs.expectMessageContaining(QStringLiteral("Delete"), QStringLiteral("Normal 2"),

@@ -194,7 +194,7 @@ public:
             return;
         }
         m_process.terminate();
-        constexpr int longestMs = 60000;
+        constexpr int longestMs = 120000;
         EXPECT_TRUE(m_process.waitForFinished(longestMs));
         EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(m_process.exitCode(), 0) << m_process.readAll().toStdString();

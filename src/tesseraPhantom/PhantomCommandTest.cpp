@@ -21,7 +21,7 @@ Outcome run(const QStringList& arguments)
 {
     QProcess process;
     process.start(TESSERA_PHANTOM_PROGRAM, arguments);
-    EXPECT_TRUE(process.waitForFinished(60000));
+    EXPECT_TRUE(process.waitForFinished(300000));
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     return {process.exitCode(), process.readAllStandardOutput().toStdString(),
             process.readAllStandardError().toStdString()};
@@ -59,6 +59,22 @@ TEST(PhantomCommand, WritesTheExportThatIsAskedFor)
     EXPECT_THAT(content, HasSubstr("<Height>110</Height>"));
 }
 
+TEST(PhantomCommand, PaintsTheDevicesFillWhenAsked)
+{
+    const QTemporaryDir folder;
+    QStringList arguments{"--ascans", "64", "--rows", "200", "--bscans", "2"};
+    ASSERT_EQ(run(arguments + QStringList{"--out", folder.filePath("plain")}).status, 0);
+    ASSERT_EQ(run(arguments + QStringList{"--out", folder.filePath("filled"), "--fill"}).status, 0);
+    for (const QString& name : filesBelow(folder.filePath("plain"))) {
+        QFile plain(folder.filePath("plain/" + name));
+        QFile filled(folder.filePath("filled/" + name));
+        ASSERT_TRUE(plain.open(QIODevice::ReadOnly));
+        ASSERT_TRUE(filled.open(QIODevice::ReadOnly));
+        const bool isBScan = name.endsWith("0001.tif") || name.endsWith("0002.tif");
+        EXPECT_EQ(plain.readAll() != filled.readAll(), isBScan) << name.toStdString();
+    }
+}
+
 TEST(PhantomCommand, EndsWithTwoAndAReasonForWrongUsage)
 {
     const QTemporaryDir folder;
@@ -76,6 +92,7 @@ TEST(PhantomCommand, EndsWithTwoAndAReasonForWrongUsage)
         {{"--out", out, "--seed", "-1"}, "--seed must be a whole number"},
         {{"--out", out, "--noise", "loud"}, "--noise must be a number"},
         {{"--out", out, "--noise", "nan"}, "noise must be from 0 to 10"},
+        {{"--out", out, "--fill", "--rows", "96"}, "fill needs at least 160 rows, not 96"},
         {{"--out", out, "--image-format", "gif"}, "image format must be one of tif"},
         {{"--out", out, "--colour"}, "colour"},
         {{"--out", out, "leftover"}, "no use for \"leftover\""},
@@ -107,7 +124,7 @@ TEST(PhantomCommand, TellsHowItIsUsedAndItsVersion)
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.status, 0);
     for (const char* option : {"--out", "--pattern", "--ascans", "--rows", "--bscans", "--eye",
-                               "--kind", "--seed", "--image-format", "--noise"}) {
+                               "--kind", "--seed", "--image-format", "--noise", "--fill"}) {
         EXPECT_THAT(help.output, HasSubstr(option));
     }
     const Outcome version = run({"--version"});

@@ -98,6 +98,7 @@ void addOptions(QCommandLineParser& parser)
         {"seed", "Another seed is another eye.", "N", "1"},
         {"image-format", "tif, bmp, png or jpg.", "NAME", "tif"},
         {"noise", "0 is none, 1 as a device has it.", "X", "1.0"},
+        {"fill", "White around tilted B-scans, as a device paints it where it has no data."},
     });
     parser.addHelpOption();
     parser.addVersionOption();
@@ -122,6 +123,7 @@ Options readOptions(const QCommandLineParser& parser)
     options.seed = seed(parser);
     options.imageFormat = parser.value("image-format");
     options.noise = noise(parser);
+    options.fill = parser.isSet("fill");
     const QString problem = problemWith(options);
     if (!problem.isEmpty()) {
         throw UsageError{problem};

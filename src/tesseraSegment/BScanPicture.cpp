@@ -1,9 +1,8 @@
 #include "Pictures.h"
 
+#include "PictureFile.h"
 #include "kelpImageConverters.h"
 
-#include <QFontDatabase>
-#include <QGuiApplication>
 #include <QPainter>
 
 #include <algorithm>
@@ -87,7 +86,7 @@ void darkenMasked(QPainter& painter, const QList<bool>& mask, const Stretch& str
     }
 }
 
-void drawLegend(QPainter& painter, const QList<LayerNamePtr>& layers)
+void drawLegend(QPainter& painter, const QList<LayerNamePtr>& layers, const QStringList& notFound)
 {
     if (!canDrawText()) {
         return;
@@ -99,7 +98,8 @@ void drawLegend(QPainter& painter, const QList<LayerNamePtr>& layers)
     const QFontMetricsF metrics(font);
     double x = 8.0;
     for (const LayerNamePtr& layer : layers) {
-        const QString text = layer->getShortName();
+        const bool isFound = !notFound.contains(layer->getIdentifier());
+        const QString text = layer->getShortName() + (isFound ? "" : ": no surface found");
         const double width = metrics.horizontalAdvance(text);
         painter.fillRect(QRectF(x - 3.0, 4.0, width + 6.0, legendPixels + 6.0),
                          QColor(0, 0, 0, 150));
@@ -111,15 +111,8 @@ void drawLegend(QPainter& painter, const QList<LayerNamePtr>& layers)
 
 } // namespace
 
-bool canDrawText()
-{
-    static const bool hasFont =
-        qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr &&
-        !QFontDatabase().families().isEmpty();
-    return hasFont;
-}
-
-QImage renderBScan(const OCTScanSegPtr& segmentation, int bScan, const QList<LayerNamePtr>& layers)
+QImage renderBScan(const OCTScanSegPtr& segmentation, int bScan, const QList<LayerNamePtr>& layers,
+                   const QStringList& notFound)
 {
     const OCTScanPtr scan = segmentation->getOCT();
     const Vector2d spacing = scan->getSliceSpacing();
@@ -137,13 +130,16 @@ QImage renderBScan(const OCTScanSegPtr& segmentation, int bScan, const QList<Lay
     darkenMasked(painter, *mask, stretch, picture.height());
     const auto surfaces = segmentation->getBScanSegmentation(bScan);
     for (const LayerNamePtr& layer : layers) {
+        if (notFound.contains(layer->getIdentifier())) {
+            continue;
+        }
         painter.setPen(
             QPen(layer->getColor(), surfaceWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         for (const QPolygonF& line : surfaceLines(*surfaces->getLayer(layer), *mask, stretch)) {
             drawLine(painter, line);
         }
     }
-    drawLegend(painter, layers);
+    drawLegend(painter, layers, notFound);
     return picture;
 }
 

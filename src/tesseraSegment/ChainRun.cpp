@@ -64,19 +64,26 @@ QList<kelp::oct::StepStatistics> ChainRun::run(const OCTScanSegPtr& segmentation
 void ChainRun::tellProgress()
 {
     // On circular scans the counters of the run are cleared before its last step, which then tells
-    // no percentage; the steps begun so far are known all the same.
+    // no percentage; the steps begun so far are known all the same. On a busy machine several may
+    // have begun since this was last called: each is told, so that none is missing from the output.
     const auto statistics = m_segInterface.getStatistics();
     for (const auto& step : statistics) {
         const int index = m_steps.indexOf(step.name) + 1;
         if (index > m_progress.step) {
             m_progress.step = index;
             m_progress.stepName = step.name;
+            tellStep();
         }
     }
     if (m_progress.step > 0) {
-        m_progress.percentage = std::max(m_progress.percentage, weightedPercentage());
-        m_listener(m_progress);
+        tellStep();
     }
+}
+
+void ChainRun::tellStep()
+{
+    m_progress.percentage = std::max(m_progress.percentage, weightedPercentage());
+    m_listener(m_progress);
 }
 
 int ChainRun::weightedPercentage() const

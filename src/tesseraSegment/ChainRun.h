@@ -24,6 +24,7 @@ class ChainRun : public QObject
     Q_OBJECT
 
 public:
+    /// Called at least once for each step, in their order.
     using ProgressListener = std::function<void(const ChainProgress&)>;
 
     explicit ChainRun(ProgressListener listener);
@@ -42,6 +43,7 @@ private slots:
 
 private:
     void tellProgress();
+    void tellStep();
     int weightedPercentage() const;
 
     ProgressListener m_listener;

@@ -1,7 +1,10 @@
 #include "Command.h"
 
+#include "ExitStatus.h"
 #include "LayerDistributionUtils.h"
 #include "MaskFile.h"
+#include "ProgramStart.h"
+#include "StandardOutput.h"
 #include "Startup.h"
 #include "Supervisor.h"
 #include "kelpException.h"
@@ -19,22 +22,9 @@ namespace kelp::command {
 
 namespace {
 
-constexpr int allWell = 0;
-constexpr int someFailed = 1;
-constexpr int wrongUsage = 2;
-constexpr int interruptedBy = 128;
-
 void printError(const QString& text)
 {
     std::fprintf(stderr, "tessera-segment: %s\n", text.toUtf8().constData());
-}
-
-/// False if standard output does not take it all.
-bool printWhole(const QByteArray& text)
-{
-    const auto size = static_cast<std::size_t>(text.size());
-    const bool written = std::fwrite(text.constData(), 1, size, stdout) == size;
-    return std::fflush(stdout) == 0 && written;
 }
 
 int print(const QByteArray& text)
@@ -85,6 +75,14 @@ ScanSettings settingsOf(const Options& options)
     return settings;
 }
 
+/// Of several scans the lines above are long; this is what one looks for at the end.
+void tellSummary(const ScanPlan& plan, const QList<ScanOutcome>& outcomes, const QString& path)
+{
+    if (plan.jobs.size() + plan.problems.size() > 1) {
+        print(QString("In all: %1, see %2\n").arg(summaryText(plan, outcomes), path).toUtf8());
+    }
+}
+
 int segment(const Options& options)
 {
     const ScanSettings settings = settingsOf(options);
@@ -103,8 +101,11 @@ int segment(const Options& options)
         printError("Interrupted. What was whole stays; the same command goes on from there.");
         return interruptedBy + SignalWatch::receivedSignal();
     }
-    kelp::writeFileAtomically(results.pathOf("summary.csv"),
-                              summaryCsv(plan, supervisor.getOutcomes()));
+    const QString summaryPath = results.pathOf("summary.csv");
+    kelp::writeFileAtomically(summaryPath, summaryCsv(plan, supervisor.getOutcomes()));
+    if (options.talk != Talk::Quiet) {
+        tellSummary(plan, supervisor.getOutcomes(), summaryPath);
+    }
     return anyFailed(plan, supervisor.getOutcomes()) ? someFailed : allWell;
 }
 

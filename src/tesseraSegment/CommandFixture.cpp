@@ -106,6 +106,24 @@ QStringList CommandFixture::resultNames() const
                                      QDir::Name);
 }
 
+QStringList CommandFixture::csvCells(const QString& line)
+{
+    QStringList cells{QString()};
+    bool isQuoted = false;
+    for (int i = 0; i < line.size(); ++i) {
+        if (line[i] == '"' && isQuoted && line.mid(i + 1, 1) == "\"") {
+            cells.last() += line[++i];
+        } else if (line[i] == '"') {
+            isQuoted = !isQuoted;
+        } else if (line[i] == ',' && !isQuoted) {
+            cells.append(QString());
+        } else {
+            cells.last() += line[i];
+        }
+    }
+    return cells;
+}
+
 bool waitUntil(const std::function<bool()>& condition, int milliseconds)
 {
     QElapsedTimer timer;

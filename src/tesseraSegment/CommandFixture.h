@@ -48,13 +48,15 @@ protected:
     static std::map<QString, QByteArray> filesBelow(const QString& folder);
     /// Names in the results folder, hidden ones too.
     QStringList resultNames() const;
+    /// The cells of one line of comma-separated text, without their quotes.
+    static QStringList csvCells(const QString& line);
 
 private:
     QTemporaryDir m_folder;
 };
 
 /// Waits until the condition holds. False if it takes too long.
-bool waitUntil(const std::function<bool()>& condition, int milliseconds = 60000);
+bool waitUntil(const std::function<bool()>& condition, int milliseconds = 300000);
 
 } // namespace kelp::command::test
 

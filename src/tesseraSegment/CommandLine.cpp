@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include "OptionValue.h"
+
 #include <QCommandLineParser>
 
 #include <array>
@@ -29,11 +31,6 @@ QString allFormatNames()
     return names.join(", ");
 }
 
-[[noreturn]] void refuse(const QString& text)
-{
-    throw UsageError(text.toStdString());
-}
-
 void addOptions(QCommandLineParser& parser)
 {
     parser.addOptions({
@@ -53,20 +50,6 @@ void addOptions(QCommandLineParser& parser)
         {"version", ""},
         {{"h", "help"}, ""},
     });
-}
-
-/// The option's last value, which must not be empty, or the default where it is not given.
-QString valueOf(const QCommandLineParser& parser, const QString& option,
-                const QString& defaultValue = QString())
-{
-    if (!parser.isSet(option)) {
-        return defaultValue;
-    }
-    const QString value = parser.value(option);
-    if (value.isEmpty()) {
-        refuse(QString("--%1 needs a value.").arg(option));
-    }
-    return value;
 }
 
 kelp::oct::SegmentationChain readChain(const QString& name)
@@ -162,16 +145,16 @@ Options parseCommandLine(const QStringList& arguments)
         refuse("An export with an empty name is given.");
     }
     options.series = parser.values("series");
-    options.chain = readChain(valueOf(parser, "chain", "normal"));
+    options.chain = readChain(optionValue(parser, "chain", "normal"));
     options.etdrsMask = parser.isSet("etdrs-mask");
     options.centerMask = parser.isSet("center-mask");
-    options.maskFile = valueOf(parser, "mask");
-    options.out = valueOf(parser, "out", options.out);
+    options.maskFile = optionValue(parser, "mask");
+    options.out = optionValue(parser, "out", options.out);
     if (parser.isSet("formats")) {
         options.formats = Formats::fromNames(parser.value("formats"));
     }
-    options.store = valueOf(parser, "store");
-    options.jobs = readJobs(valueOf(parser, "jobs", "1"));
+    options.store = optionValue(parser, "store");
+    options.jobs = readJobs(optionValue(parser, "jobs", "1"));
     options.force = parser.isSet("force");
     options.talk = readTalk(parser);
     return options;
@@ -202,7 +185,7 @@ positions, thicknesses, volumes and pictures. For research only.
   --force           redo what is already there
   --print-model     write the compiled-in trained model's XML to standard output
                     and end
-  --quiet           print errors only
+  --quiet           print errors and warnings only
   --verbose         print what the system traces, instead of keeping it in trace.log
   --version         print the version and end
   --help            print this and end

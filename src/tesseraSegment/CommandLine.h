@@ -1,11 +1,10 @@
 #pragma once
 
 #include "SegmentationChains.h"
+#include "UsageError.h"
 
 #include <QString>
 #include <QStringList>
-
-#include <stdexcept>
 
 /// The command tessera-segment, apart from its main function.
 namespace kelp::command {
@@ -59,12 +58,6 @@ struct Options
     int jobs = 1;
     bool force = false;
     Talk talk = Talk::Normal;
-};
-
-/// A command line that cannot be followed; the text says why in one sentence.
-class UsageError : public std::runtime_error
-{
-    using std::runtime_error::runtime_error;
 };
 
 /// arguments: with the program's name in front. Throws UsageError.

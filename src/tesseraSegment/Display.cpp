@@ -60,6 +60,16 @@ QString durationText(qint64 milliseconds)
     return QString("%1 h %2 min").arg(seconds / hour).arg(seconds % hour / minute);
 }
 
+QString counted(int number, const QString& noun)
+{
+    return QString(number == 1 ? "%1 %2" : "%1 %2s").arg(number).arg(noun);
+}
+
+QString withWarnings(int number)
+{
+    return number == 0 ? QString() : " with " + counted(number, "warning");
+}
+
 QString shortened(const QString& text, int width)
 {
     const QString dots = "...";

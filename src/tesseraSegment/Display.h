@@ -58,6 +58,12 @@ private:
     QMap<int, Line> m_lines;
 };
 
+/// "1 scan", "2 scans".
+QString counted(int number, const QString& noun);
+
+/// " with 1 warning", " with 2 warnings"; empty without any.
+QString withWarnings(int number);
+
 /// "4.2 s", "45 s", "3 min 20 s", "2 h 5 min".
 QString durationText(qint64 milliseconds);
 

@@ -89,9 +89,11 @@ TEST_F(Terminal, ShowsOneLineThatAdvancesAndIsGoneAtTheEnd)
         << text.toStdString();
     EXPECT_TRUE(text.contains("\r\033[K"));
     const QStringList lines = text.split('\n');
-    ASSERT_EQ(lines.size(), 2) << text.toStdString();
+    ASSERT_EQ(lines.size(), 3) << text.toStdString();
     EXPECT_TRUE(lines[0].section("\033[K", -1).startsWith("export_100001: segmented in "));
-    EXPECT_EQ(lines[1], "");
+    EXPECT_TRUE(
+        lines[1].startsWith("export_100001: the border of the scan cuts the ETDRS sectors "));
+    EXPECT_EQ(lines[2], "");
 }
 
 TEST_F(Terminal, NeverWritesMoreThanTheLineHolds)

@@ -3,6 +3,7 @@
 #include "EnfaceMap.h"
 #include "EtdrsGrid.h"
 #include "LayerUtils.h"
+#include "PictureFile.h"
 #include "kelpImageConverters.h"
 
 #include <QPainter>
@@ -15,6 +16,7 @@ namespace kelp::command {
 
 namespace {
 
+using kelp::oct::etdrsRadii;
 using kelp::oct::hasLayer;
 using kelp::oct::isVolumeScan;
 using kelp::oct::LayerNameBM;
@@ -33,7 +35,6 @@ constexpr double mapOpacity = 0.5;
 constexpr auto mapColors = kelp::ColorMaps::Rainbow;
 
 constexpr double gridPenMillimetres = 0.02;
-constexpr double gridRadii[] = {0.5, 1.5, 3.0};
 constexpr double gridPenLargestPixels = 3.0;
 constexpr double labelMillimetres = 0.38;
 constexpr int labelLargestPixels = 40;
@@ -112,6 +113,18 @@ kelp::PredefinedTransferfunctions mapFunction(double axialSpacing)
                                       axialSpacing);
 }
 
+/// Those of the two surfaces of the thickness map that were not found.
+QStringList mapSurfacesIn(const QStringList& notFound)
+{
+    QStringList names;
+    for (const LayerNamePtr& layer : {LayerNameILM::create(), LayerNameBM::create()}) {
+        if (notFound.contains(layer->getIdentifier())) {
+            names.append(layer->getShortName());
+        }
+    }
+    return names;
+}
+
 bool drawThicknessMap(QPainter& painter, const OCTScanSegPtr& segmentation,
                       const Projection& projection)
 {
@@ -152,19 +165,43 @@ void drawScanLines(QPainter& painter, const OCTScan& scan, const Projection& pro
     }
 }
 
-void drawLabel(QPainter& painter, const QPointF& center, const QString& text)
+/// A sector that the scan's border cuts has a mean of its rest only, which the star tells.
+void drawLabel(QPainter& painter, const QPointF& center, const QString& label, bool isCut)
 {
+    const QString text = isCut ? label + "*" : label;
     QPainterPath path;
     path.addText(0.0, 0.0, painter.font(), text);
     path.translate(center - path.boundingRect().center());
     // A light rim keeps the blue letters readable on dark grounds.
     painter.strokePath(
         path, QPen(QColor(255, 255, 255, 180), 3.0, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.fillPath(path, Qt::blue);
+    painter.fillPath(path, isCut ? QColor(60, 60, 60) : QColor(Qt::blue));
+}
+
+/// What the picture does not say by itself, in its lower left corner.
+void drawNotes(QPainter& painter, const QStringList& notes)
+{
+    if (!canDrawText()) {
+        return;
+    }
+    QFont font = painter.font();
+    font.setPixelSize(14);
+    font.setBold(false);
+    painter.setFont(font);
+    constexpr double height = 24.0;
+    double top = painter.viewport().height() - notes.size() * height;
+    for (const QString& note : notes) {
+        const double width = painter.fontMetrics().horizontalAdvance(note) + 16.0;
+        const QRectF place(0.0, top, width, height);
+        painter.fillRect(place, QColor(0, 0, 0, 170));
+        painter.setPen(Qt::white);
+        painter.drawText(place, Qt::AlignCenter, note);
+        top += height;
+    }
 }
 
 void drawGridLabels(QPainter& painter, const Vector2d& fovea, bool rightEye,
-                    const Projection& projection)
+                    const QStringList& cutSectors, const Projection& projection)
 {
     if (!canDrawText()) {
         return;
@@ -181,33 +218,39 @@ void drawGridLabels(QPainter& painter, const Vector2d& fovea, bool rightEye,
         Vector2d direction;
     } quadrants[] = {
         {"N", {nasal, 0.0}}, {"T", {-nasal, 0.0}}, {"S", {0.0, -1.0}}, {"I", {0.0, 1.0}}};
-    drawLabel(painter, projection(fovea), "C");
+    drawLabel(painter, projection(fovea), "C", cutSectors.contains("C"));
     for (const auto& quadrant : quadrants) {
         for (int ring = 1; ring <= 2; ++ring) {
-            const double radius = (gridRadii[ring - 1] + gridRadii[ring]) / 2.0;
-            drawLabel(painter, projection(fovea + radius * quadrant.direction),
-                      QString(quadrant.letter) + QString::number(ring));
+            const double radius = (etdrsRadii[ring - 1] + etdrsRadii[ring]) / 2.0;
+            const QString label = QString(quadrant.letter) + QString::number(ring);
+            drawLabel(painter, projection(fovea + radius * quadrant.direction), label,
+                      cutSectors.contains(label));
         }
     }
 }
 
-void drawGrid(QPainter& painter, const OCTScanSegPtr& segmentation, const Projection& projection)
+/// Whether the scan's border cuts a sector, whose label then has a star.
+bool drawGrid(QPainter& painter, const OCTScanSegPtr& segmentation, const Projection& projection)
 {
-    const Vector2d fovea = kelp::oct::foveaOrCenter(segmentation).toVector();
+    const CoordOnLocalizer place = kelp::oct::foveaOrCenter(segmentation);
+    const Vector2d fovea = place.toVector();
     painter.setPen(QPen(
         Qt::blue, std::clamp(gridPenMillimetres * projection.scale, 1.0, gridPenLargestPixels)));
-    for (const double radius : gridRadii) {
+    for (const double radius : etdrsRadii) {
         painter.drawEllipse(projection(fovea), radius * projection.scale,
                             radius * projection.scale);
     }
     for (const double x : {-M_SQRT1_2, M_SQRT1_2}) {
         for (const double y : {-M_SQRT1_2, M_SQRT1_2}) {
             const Vector2d direction{x, y};
-            painter.drawLine(projection(fovea + gridRadii[0] * direction),
-                             projection(fovea + gridRadii[2] * direction));
+            painter.drawLine(projection(fovea + etdrsRadii[0] * direction),
+                             projection(fovea + etdrsRadii[2] * direction));
         }
     }
-    drawGridLabels(painter, fovea, kelp::oct::isRightEye(*segmentation->getOCT()), projection);
+    const QStringList cutSectors = kelp::oct::measureEtdrs(segmentation, place, false).cutSectors();
+    drawGridLabels(painter, fovea, kelp::oct::isRightEye(*segmentation->getOCT()), cutSectors,
+                   projection);
+    return !cutSectors.isEmpty();
 }
 
 /// A bar of the map's colours with the thicknesses that they stand for.
@@ -243,7 +286,7 @@ void drawColorBar(QPainter& painter, const QSize& picture)
 
 } // namespace
 
-QImage renderEnface(const OCTScanSegPtr& segmentation)
+QImage renderEnface(const OCTScanSegPtr& segmentation, const QStringList& notFound)
 {
     const OCTScanPtr scan = segmentation->getOCT();
     const auto localizer = scan->getLocalizer();
@@ -252,11 +295,18 @@ QImage renderEnface(const OCTScanSegPtr& segmentation)
                                         : drawLocalizer(*localizer, projection);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    const bool hasMap = isVolumeScan(*scan) && drawThicknessMap(painter, segmentation, projection);
+    const QStringList missing = mapSurfacesIn(notFound);
+    const bool hasMap = isVolumeScan(*scan) && missing.isEmpty() &&
+                        drawThicknessMap(painter, segmentation, projection);
     drawScanLines(painter, *scan, projection);
-    if (isVolumeScan(*scan)) {
-        drawGrid(painter, segmentation, projection);
+    QStringList notes;
+    if (isVolumeScan(*scan) && !missing.isEmpty()) {
+        notes.append(missing.join(", ") + ": no surface found, so no thickness map");
     }
+    if (isVolumeScan(*scan) && drawGrid(painter, segmentation, projection)) {
+        notes.append("* cut by the border of the scan");
+    }
+    drawNotes(painter, notes);
     if (hasMap) {
         drawColorBar(painter, picture.size());
     }

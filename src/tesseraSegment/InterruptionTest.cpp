@@ -7,6 +7,8 @@
 
 #include <csignal>
 
+#include <sys/stat.h>
+
 using kelp::command::FolderLock;
 using kelp::command::test::CommandFixture;
 using kelp::command::test::Finished;
@@ -14,17 +16,31 @@ using kelp::command::test::waitUntil;
 
 namespace {
 
-/// A scan that takes long enough to be met in the middle.
+constexpr int longestMs = 300000;
+
+/// A scan that is met in the middle, however long the test itself has to wait for its turn.
 class Interruption : public CommandFixture
 {
 protected:
-    QString writeLongExport(const QString& folder)
+    /// Whoever reads the export waits for its last image, which never comes: a pipe stands in for
+    /// the file.
+    void makeEndless(const QString& folder) const
     {
-        auto options = smallScan();
-        options.aScans = 256;
-        options.rows = 400;
-        options.bScans = 12;
-        return writeExport(folder, options);
+        const QString image = lastImage(folder);
+        ASSERT_TRUE(QFile::rename(image, image + ".away"));
+        ASSERT_EQ(mkfifo(QFile::encodeName(image).constData(), S_IRUSR | S_IWUSR), 0);
+    }
+    void makeOrdinary(const QString& folder) const
+    {
+        const QString image = lastImage(folder);
+        ASSERT_TRUE(QFile::remove(image));
+        ASSERT_TRUE(QFile::rename(image + ".away", image));
+    }
+    QString writeEndlessExport(const QString& folder)
+    {
+        const QString xml = writeExport(folder);
+        makeEndless(folder);
+        return xml;
     }
 
     QString workingFolder() const
@@ -60,20 +76,33 @@ protected:
         return children;
     }
 
+    static bool hasChild(const QProcess& process)
+    {
+        return !childrenOf(process.processId()).isEmpty();
+    }
+
     QStringList visibleResults() const
     {
         return QDir(results()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    }
+
+private:
+    QString lastImage(const QString& folder) const
+    {
+        const QDir directory(path(folder));
+        return directory.filePath(
+            directory.entryList({"*.tif"}, QDir::AllEntries | QDir::System, QDir::Name).last());
     }
 };
 
 TEST_F(Interruption, KilledCommandLeavesNoFolderAndTheNextRunCleansUp)
 {
-    const QString xml = writeLongExport("in");
+    const QString xml = writeEndlessExport("in");
     const auto process = startSegmenting({xml});
-    ASSERT_TRUE(waitUntil([this] { return isBuilding(); }));
+    ASSERT_TRUE(waitUntil([&] { return isBuilding() && hasChild(*process); }));
     const auto children = childrenOf(process->processId());
     process->kill();
-    ASSERT_TRUE(process->waitForFinished());
+    ASSERT_TRUE(process->waitForFinished(longestMs));
     EXPECT_EQ(visibleResults(), QStringList());
     const QString leftover = workingFolder();
     EXPECT_FALSE(leftover.isEmpty());
@@ -83,6 +112,7 @@ TEST_F(Interruption, KilledCommandLeavesNoFolderAndTheNextRunCleansUp)
                             [](qint64 id) { return kill(static_cast<pid_t>(id), 0) == 0; });
     }));
 
+    makeOrdinary("in");
     EXPECT_EQ(segment({xml}).status, 0);
     EXPECT_EQ(resultNames(), QStringList({"export_100001", "summary.csv"}));
 }
@@ -101,14 +131,14 @@ TEST_F(Interruption, LeftoversOfALivingRunStay)
 
 TEST_F(Interruption, KilledScanProcessFailsItsScanAlone)
 {
-    const QString first = writeLongExport("a");
+    const QString first = writeEndlessExport("a");
     const QString second = writeExport("b");
     const auto process = startSegmenting({first, second});
-    ASSERT_TRUE(waitUntil([&] { return !childrenOf(process->processId()).isEmpty(); }));
+    ASSERT_TRUE(waitUntil([&] { return hasChild(*process); }));
     const auto children = childrenOf(process->processId());
     ASSERT_EQ(children.size(), 1);
     kill(static_cast<pid_t>(children.first()), SIGKILL);
-    ASSERT_TRUE(process->waitForFinished(300000));
+    ASSERT_TRUE(process->waitForFinished(longestMs));
     EXPECT_EQ(process->exitCode(), 1);
     const QString errors = QString::fromUtf8(process->readAllStandardError());
     EXPECT_TRUE(errors.contains(first)) << errors.toStdString();
@@ -121,12 +151,12 @@ TEST_F(Interruption, KilledScanProcessFailsItsScanAlone)
 
 TEST_F(Interruption, SignalsEndTheRunAndCleanUp)
 {
+    const QString xml = writeEndlessExport("in");
     for (const int signal : {SIGINT, SIGTERM}) {
-        const QString xml = writeLongExport("in");
         const auto process = startSegmenting({xml});
         ASSERT_TRUE(waitUntil([this] { return isBuilding(); }));
         kill(static_cast<pid_t>(process->processId()), signal);
-        ASSERT_TRUE(process->waitForFinished());
+        ASSERT_TRUE(process->waitForFinished(longestMs));
         EXPECT_EQ(process->exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(process->exitCode(), 128 + signal);
         EXPECT_EQ(resultNames(), QStringList());
@@ -135,13 +165,14 @@ TEST_F(Interruption, SignalsEndTheRunAndCleanUp)
 
 TEST_F(Interruption, FormerResultsStayUntilTheNewOnesAreWhole)
 {
-    const QString xml = writeLongExport("in");
+    const QString xml = writeExport("in");
     ASSERT_EQ(segment({xml}).status, 0);
     const auto before = filesBelow(results("export_100001"));
+    makeEndless("in");
     const auto process = startSegmenting({"--force", xml});
     ASSERT_TRUE(waitUntil([this] { return isBuilding(); }));
     process->kill();
-    ASSERT_TRUE(process->waitForFinished());
+    ASSERT_TRUE(process->waitForFinished(longestMs));
     EXPECT_TRUE(filesBelow(results("export_100001")) == before);
 }
 

@@ -1,10 +1,10 @@
 #include "Pictures.h"
 
 #include "ParallelFor.h"
+#include "PictureFile.h"
 #include "kelpException.h"
 
 #include <QDir>
-#include <QImageWriter>
 
 #include <algorithm>
 #include <mutex>
@@ -12,20 +12,6 @@
 namespace kelp::command {
 
 namespace {
-
-/// Of Qt's 0 to 100 for PNG: close to the smallest files at a fraction of the time.
-constexpr int pngCompression = 30;
-
-void writePicture(const QImage& picture, const QString& path)
-{
-    QImageWriter writer(path, "png");
-    writer.setCompression(pngCompression);
-    if (picture.isNull() || !writer.write(picture)) {
-        throw IOFailure(QString("%1: %2.").arg(path, picture.isNull()
-                                                         ? "the picture is too large for the memory"
-                                                         : writer.errorString()));
-    }
-}
 
 QList<kelp::oct::LayerNamePtr> finalLayers(const OCTScanSegPtr& segmentation)
 {
@@ -42,8 +28,8 @@ QList<kelp::oct::LayerNamePtr> finalLayers(const OCTScanSegPtr& segmentation)
 
 } // namespace
 
-void writePictures(const OCTScanSegPtr& segmentation, const QString& folder,
-                   const std::function<void(int, int)>& progress)
+void writePictures(const OCTScanSegPtr& segmentation, const QStringList& notFound,
+                   const QString& folder, const std::function<void(int, int)>& progress)
 {
     const QString pictures = folder + "/pictures";
     if (!QDir().mkpath(pictures)) {
@@ -58,12 +44,12 @@ void writePictures(const OCTScanSegPtr& segmentation, const QString& folder,
     std::mutex mutex;
     int written = 0;
     kelp::parallelFor(nrBScans, [&](int i) {
-        writePicture(renderBScan(segmentation, i, layers),
-                     QString("%1/bscan_%2.png").arg(pictures).arg(i, 3, 10, QChar('0')));
+        writePicture(renderBScan(segmentation, i, layers, notFound),
+                     QString("%1/bscan_%2.png").arg(pictures).arg(i + 1, 3, 10, QChar('0')));
         const std::lock_guard lock(mutex);
         progress(++written, nrBScans + 1);
     });
-    writePicture(renderEnface(segmentation), pictures + "/enface.png");
+    writePicture(renderEnface(segmentation, notFound), pictures + "/enface.png");
     progress(nrBScans + 1, nrBScans + 1);
 }
 

@@ -5,8 +5,10 @@
 #include "kelpException.h"
 
 #include <QDir>
+#include <QGuiApplication>
 
 #include <cmath>
+#include <memory>
 
 using namespace kelp::command;
 using kelp::oct::LayerNameBM;
@@ -25,9 +27,31 @@ bool isNear(const QColor& a, const QColor& b)
            std::abs(a.blue() - b.blue()) < tolerance;
 }
 
+int pixelsNear(const QImage& picture, const QColor& color)
+{
+    int pixels = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            pixels += isNear(picture.pixelColor(x, y), color) ? 1 : 0;
+        }
+    }
+    return pixels;
+}
+
 class Pictures : public kelp::command::test::CommandFixture
 {
 protected:
+    static void SetUpTestSuite()
+    {
+        // Without an application there are no fonts.
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "PicturesTest";
+        static char* argv[] = {name, nullptr};
+        m_application = std::make_unique<QGuiApplication>(argc, argv);
+    }
+    static void TearDownTestSuite() { m_application.reset(); }
+
     /// Two flat surfaces on a small phantom.
     OCTScanSegPtr segmentation(const kelp::phantom::Options& options = smallScan())
     {
@@ -51,6 +75,9 @@ protected:
     }
 
     static QList<LayerNamePtr> layers() { return {LayerNameILM::create(), LayerNameBM::create()}; }
+
+private:
+    static inline std::unique_ptr<QGuiApplication> m_application;
 };
 
 TEST_F(Pictures, ShowBScansAtTrueProportionsWithoutLosingPixels)
@@ -72,6 +99,22 @@ TEST_F(Pictures, DrawSurfacesInTheirColours)
         EXPECT_TRUE(isNear(picture.pixelColor(x, bmRow), LayerNameBM::create()->getColor())) << x;
         EXPECT_FALSE(isNear(picture.pixelColor(x, bmRow + 4), LayerNameBM::create()->getColor()));
     }
+}
+
+TEST_F(Pictures, NameSurfacesThatWereNotFoundInsteadOfDrawingThem)
+{
+    const auto seg = segmentation();
+    const QImage all = renderBScan(seg, 2, layers());
+    const QImage picture = renderBScan(seg, 2, layers(), {"BM"});
+    const QColor ilm = LayerNameILM::create()->getColor();
+    const QColor bm = LayerNameBM::create()->getColor();
+    for (int x = 5; x < picture.width(); x += 17) {
+        EXPECT_TRUE(isNear(picture.pixelColor(x, ilmRow), ilm)) << x;
+        EXPECT_FALSE(isNear(picture.pixelColor(x, bmRow), bm)) << x;
+    }
+    // The legend says more than before, in the same colour.
+    EXPECT_GT(pixelsNear(picture.copy(0, 0, picture.width(), 24), bm),
+              2 * pixelsNear(all.copy(0, 0, all.width(), 24), bm));
 }
 
 TEST_F(Pictures, DarkenMaskedAScansAndDrawNothingThere)
@@ -116,6 +159,28 @@ TEST_F(Pictures, PutTheThicknessMapWhereTheScanIs)
     EXPECT_LT(colourAt(first + 0.7 * outwards).hsvSaturation(), 10);
 }
 
+TEST_F(Pictures, ShowANoteInsteadOfAMapOfSurfacesThatWereNotFound)
+{
+    const auto seg = segmentation();
+    const auto scan = seg->getOCT();
+    const QImage whole = renderEnface(seg, {"GCL"});
+    const auto localizer = scan->getLocalizer();
+    const double scale =
+        whole.width() / (localizer->getImage()->getColumns() * localizer->getSpacing().x);
+    const Vector2d inside =
+        0.5 * (scan->getBScan(0)->getAScanPosition(8) + scan->getBScan(1)->getAScanPosition(8));
+    const QPoint place(static_cast<int>(inside.x * scale), static_cast<int>(inside.y * scale));
+    EXPECT_GT(whole.pixelColor(place).hsvSaturation(), 60) << "the map needs ILM and BM only";
+    // The line above the one that explains the star.
+    const QPoint note(100, whole.height() - 46);
+    EXPECT_GT(whole.pixelColor(note).lightness(), 80);
+    for (const char* surface : {"ILM", "BM"}) {
+        const QImage picture = renderEnface(seg, {"GCL", surface});
+        EXPECT_LT(picture.pixelColor(place).hsvSaturation(), 10) << surface;
+        EXPECT_LT(picture.pixelColor(note).lightness(), 80) << surface;
+    }
+}
+
 TEST_F(Pictures, DrawTheGridAroundTheFovea)
 {
     const auto seg = segmentation();
@@ -152,7 +217,7 @@ TEST_F(Pictures, SayWhichFileCouldNotBeWritten)
     const auto seg = segmentation();
     write("pictures", "a file in the way");
     try {
-        writePictures(seg, path("."), [](int, int) {});
+        writePictures(seg, {}, path("."), [](int, int) {});
         FAIL();
     } catch (const kelp::IOFailure& failure) {
         EXPECT_TRUE(QString(failure.what()).contains("pictures")) << failure.what();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RunRecord.h"
+#include "ScanSettings.h"
 
 #include <QByteArray>
 #include <QString>

@@ -32,12 +32,23 @@ void requireWhole(DirectoryWriter write, const OCTScanSegPtr& segmentation, cons
                              isFull ? "no space is left on the device" : "the system refused it"));
 }
 
+/// The table, and the surfaces whose positions, and so the means of the layers above and below
+/// them, are no measurement.
+QString etdrsText(const RunRecord& record)
+{
+    QString text = record.etdrs.toTabSeparated();
+    if (!record.notFound.isEmpty()) {
+        text += "no surface found\t" + record.notFound.join('\t') + '\n';
+    }
+    return text;
+}
+
 } // namespace
 
-void writeResults(const OCTScanSegPtr& segmentation, const kelp::oct::EtdrsTable& etdrs,
-                  const Formats& formats, const QString& folder,
+void writeResults(const OCTScanSegPtr& segmentation, const RunRecord& record, const QString& folder,
                   const std::function<void(const QString&, int)>& progress)
 {
+    const Formats& formats = record.settings.formats;
     progress("writing files", 0);
     kelp::writeFileAtomically(folder + "/segmentation.b64",
                               segmentation->toBase64String().toLatin1() + '\n');
@@ -51,14 +62,14 @@ void writeResults(const OCTScanSegPtr& segmentation, const kelp::oct::EtdrsTable
         requireWhole(utils::writeLayersRawUInt16, segmentation, folder);
     }
     if (formats.etdrs) {
-        kelp::writeFileAtomically(folder + "/etdrs.csv", etdrs.toTabSeparated().toUtf8());
+        kelp::writeFileAtomically(folder + "/etdrs.csv", etdrsText(record).toUtf8());
     }
     if (formats.metaimage) {
         utils::writeMetaImage(segmentation->getOCT(), folder + "/oct.mha");
         utils::writeMetaImage(segmentation, folder + "/segmentation.mha");
     }
     if (formats.pictures) {
-        writePictures(segmentation, folder, [&progress](int written, int all) {
+        writePictures(segmentation, record.notFound, folder, [&progress](int written, int all) {
             progress("drawing pictures", 100 * written / all);
         });
     }

@@ -1,10 +1,7 @@
 #include "RunRecord.h"
 
 #include "JsonWriter.h"
-
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
+#include "QualityJson.h"
 
 #include <cmath>
 
@@ -25,30 +22,6 @@ double roundedSeconds(double seconds)
 std::int64_t asInteger(std::size_t value)
 {
     return static_cast<std::int64_t>(value);
-}
-
-void writeSettings(JsonWriter& json, const ScanSettings& settings)
-{
-    json.value("chain", kelp::oct::chainName(settings.chain));
-    json.beginObject("masks");
-    json.value("etdrs", settings.etdrsMask);
-    json.value("center", settings.centerMask);
-    json.beginArray("polygons");
-    for (const QPolygonF& polygon : settings.maskPolygons) {
-        json.beginArray();
-        for (const QPointF& corner : polygon) {
-            json.value(QString(), corner.x());
-            json.value(QString(), corner.y());
-        }
-        json.endArray();
-    }
-    json.endArray();
-    json.endObject();
-    json.beginArray("formats");
-    for (const QString& name : settings.formats.names()) {
-        json.value(QString(), name);
-    }
-    json.endArray();
 }
 
 void writeGeometry(JsonWriter& json, const RunRecord& record)
@@ -78,6 +51,37 @@ void writeFovea(JsonWriter& json, const kelp::oct::FoveaPosition& fovea)
     json.endObject();
 }
 
+void writeEtdrs(JsonWriter& json, const EtdrsTable& table)
+{
+    json.beginObject("etdrsMicrometres");
+    for (int row = 0; row < EtdrsTable::nrRows; ++row) {
+        for (int column = 0; column < EtdrsTable::nrColumns; ++column) {
+            const auto& mean = table.means[row][column];
+            if (mean) {
+                json.value(etdrsCellName(row, column), *mean);
+            } else {
+                json.null(etdrsCellName(row, column));
+            }
+        }
+    }
+    json.endObject();
+}
+
+void writeCoverage(JsonWriter& json, const EtdrsTable& table)
+{
+    json.beginObject("etdrsCoverage");
+    for (int column = 0; column < EtdrsTable::nrColumns; ++column) {
+        const kelp::oct::SectorCoverage& sector = table.coverage[column];
+        json.beginObject(EtdrsTable::columnLabel(column));
+        json.value("counted", sector.counted);
+        json.value("inside", sector.inside);
+        json.value("expected", sector.expected);
+        json.value("cut", sector.isCut());
+        json.endObject();
+    }
+    json.endObject();
+}
+
 void writeStep(JsonWriter& json, const StepStatistics& step)
 {
     CutStatistics sum;
@@ -100,72 +104,43 @@ void writeStep(JsonWriter& json, const StepStatistics& step)
     json.endObject();
 }
 
-void writeEtdrs(JsonWriter& json, const EtdrsTable& table)
+void writeFill(JsonWriter& json, const kelp::oct::FillCount& fill)
 {
-    json.beginObject("etdrsMicrometres");
-    for (int row = 0; row < EtdrsTable::nrRows; ++row) {
-        for (int column = 0; column < EtdrsTable::nrColumns; ++column) {
-            const auto& mean = table.means[row][column];
-            if (mean) {
-                json.value(etdrsCellName(row, column), *mean);
-            } else {
-                json.null(etdrsCellName(row, column));
-            }
-        }
-    }
+    json.beginObject("fill");
+    json.value("pixels", fill.pixels);
+    json.value("bScans", fill.bScans);
     json.endObject();
 }
 
-std::optional<EtdrsTable> readEtdrs(const QJsonValue& value)
+void writeScan(JsonWriter& json, const RunRecord& record)
 {
-    if (!value.isObject()) {
-        return std::nullopt;
-    }
-    const QJsonObject object = value.toObject();
-    EtdrsTable table;
-    for (int row = 0; row < EtdrsTable::nrRows; ++row) {
-        for (int column = 0; column < EtdrsTable::nrColumns; ++column) {
-            const QJsonValue mean = object.value(etdrsCellName(row, column));
-            if (mean.isDouble()) {
-                table.means[row][column] = mean.toDouble();
-            } else if (!mean.isNull()) {
-                return std::nullopt;
-            }
-        }
-    }
-    return table;
+    json.value("input", record.input);
+    json.value("series", record.series);
+    writeGeometry(json, record);
+    json.value("pixelDigest", record.pixelDigest);
+    writeFill(json, record.fill);
 }
 
-std::optional<QList<QPolygonF>> readPolygons(const QJsonValue& value)
+void writeResult(JsonWriter& json, const RunRecord& record)
 {
-    if (!value.isArray()) {
-        return std::nullopt;
-    }
-    QList<QPolygonF> polygons;
-    for (const QJsonValue& item : value.toArray()) {
-        const QJsonArray numbers = item.toArray();
-        QPolygonF polygon;
-        for (int i = 0; i + 1 < numbers.size(); i += 2) {
-            polygon.append({numbers[i].toDouble(), numbers[i + 1].toDouble()});
-        }
-        polygons.append(polygon);
-    }
-    return polygons;
+    json.texts("layers", record.layers);
+    json.texts("notFound", record.notFound);
+    writeFovea(json, record.fovea);
+    record.places.write(json);
+    record.grid.write(json);
+    writeEtdrs(json, record.etdrs);
+    writeCoverage(json, record.etdrs);
 }
 
-QString maskWords(const ScanSettings& settings)
+void writeCost(JsonWriter& json, const RunRecord& record)
 {
-    QStringList words;
-    if (settings.etdrsMask) {
-        words.append("--etdrs-mask");
+    json.beginArray("steps");
+    for (const StepStatistics& step : record.steps) {
+        writeStep(json, step);
     }
-    if (settings.centerMask) {
-        words.append("--center-mask");
-    }
-    if (!settings.maskPolygons.isEmpty()) {
-        words.append(QString("%1 mask polygons").arg(settings.maskPolygons.size()));
-    }
-    return words.isEmpty() ? "no mask" : words.join(" and ");
+    json.endArray();
+    json.value("seconds", roundedSeconds(record.seconds));
+    json.value("peakMemoryBytes", asInteger(record.peakMemoryBytes));
 }
 
 } // namespace
@@ -182,94 +157,14 @@ QByteArray RunRecord::toJson() const
     json.value("program", "tessera-segment");
     json.value("version", TESSERA_VERSION);
     json.value("outcome", "segmented");
-    json.value("input", input);
-    json.value("series", series);
-    writeGeometry(json, *this);
+    writeScan(json, *this);
     writeSettings(json, settings);
-    json.beginArray("layers");
-    for (const QString& layer : layers) {
-        json.value(QString(), layer);
-    }
-    json.endArray();
-    writeFovea(json, fovea);
-    writeEtdrs(json, etdrs);
-    json.beginArray("steps");
-    for (const StepStatistics& step : steps) {
-        writeStep(json, step);
-    }
-    json.endArray();
-    json.value("seconds", roundedSeconds(seconds));
-    json.value("peakMemoryBytes", asInteger(peakMemoryBytes));
+    writeResult(json, *this);
+    json.texts("warnings", warnings);
+    writeQuality(json, steps);
+    writeCost(json, *this);
     json.endObject();
     return json.text();
-}
-
-std::optional<StoredRecord> StoredRecord::read(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    const QJsonObject object = QJsonDocument::fromJson(file.readAll()).object();
-    const auto settings = settingsFromJson(object);
-    const auto etdrs = readEtdrs(object.value("etdrsMicrometres"));
-    if (object.value("outcome").toString() != "segmented" || !object.value("input").isString() ||
-        !object.value("series").isString() || !settings || !etdrs) {
-        return std::nullopt;
-    }
-    return StoredRecord{object.value("input").toString(), object.value("series").toString(),
-                        *settings, *etdrs};
-}
-
-QJsonObject settingsToJson(const ScanSettings& settings)
-{
-    JsonWriter json;
-    json.beginObject();
-    writeSettings(json, settings);
-    json.endObject();
-    return QJsonDocument::fromJson(json.text()).object();
-}
-
-std::optional<ScanSettings> settingsFromJson(const QJsonObject& object)
-{
-    const auto chain = kelp::oct::chainFromName(object.value("chain").toString());
-    const QJsonObject masks = object.value("masks").toObject();
-    const auto polygons = readPolygons(masks.value("polygons"));
-    if (!chain || !masks.value("etdrs").isBool() || !masks.value("center").isBool() || !polygons ||
-        !object.value("formats").isArray()) {
-        return std::nullopt;
-    }
-    QStringList formats;
-    for (const QJsonValue& name : object.value("formats").toArray()) {
-        formats.append(name.toString());
-    }
-    ScanSettings settings;
-    settings.chain = *chain;
-    settings.etdrsMask = masks.value("etdrs").toBool();
-    settings.centerMask = masks.value("center").toBool();
-    settings.maskPolygons = *polygons;
-    try {
-        settings.formats = Formats::fromNames(formats.join(','));
-    } catch (const UsageError&) {
-        return std::nullopt;
-    }
-    return settings;
-}
-
-QString describeDifference(const ScanSettings& recorded, const ScanSettings& wanted)
-{
-    QStringList differences;
-    if (recorded.chain != wanted.chain) {
-        differences.append("chain " + kelp::oct::chainName(recorded.chain));
-    }
-    if (recorded.etdrsMask != wanted.etdrsMask || recorded.centerMask != wanted.centerMask ||
-        recorded.maskPolygons != wanted.maskPolygons) {
-        differences.append(maskWords(recorded));
-    }
-    if (recorded.formats != wanted.formats) {
-        differences.append("formats " + recorded.formats.names().join(','));
-    }
-    return differences.join(", ");
 }
 
 } // namespace kelp::command

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ExportList.h"
-#include "RunRecord.h"
+#include "StoredRecord.h"
 
 #include <QList>
 #include <QString>

@@ -1,5 +1,6 @@
 #include "ScanPlan.h"
 #include "CommandFixture.h"
+#include "RunRecord.h"
 
 #include <QDir>
 #include <QSet>

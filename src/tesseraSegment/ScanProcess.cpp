@@ -1,8 +1,10 @@
 #include "ScanProcess.h"
 
+#include "ProgramStart.h"
 #include "ScanWorker.h"
-#include "Startup.h"
 #include "kelpCheck.h"
+
+#include <QCoreApplication>
 
 #include <csignal>
 #include <cstdio>
@@ -45,7 +47,8 @@ ScanProcess::~ScanProcess()
 
 void ScanProcess::start(const ScanRequest& request)
 {
-    m_process.start(programPath(), {workerArgument});
+    m_process.start(programPath(),
+                    {workerArgument, QString::number(QCoreApplication::applicationPid())});
     m_process.write(request.toJson());
     m_process.closeWriteChannel();
 }

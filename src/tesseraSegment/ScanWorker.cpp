@@ -2,9 +2,13 @@
 
 #include "ChainRun.h"
 #include "HeidelbergExport.h"
+#include "PixelDigest.h"
+#include "ProgramStart.h"
 #include "Protocol.h"
 #include "ResultWriter.h"
+#include "RunRecord.h"
 #include "ScanCheck.h"
+#include "SegmentationQuality.h"
 #include "Startup.h"
 #include "kelpException.h"
 #include "kelpFileWriter.h"
@@ -16,6 +20,7 @@
 #include <QHash>
 
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <memory>
 
@@ -46,10 +51,10 @@ QString stepWords(const QString& step)
     return words.value(step, step);
 }
 
-/// The process must not go on when the command that started it is gone.
-void endWithParent()
+/// The process must not go on when the command that started it is gone, which may have happened
+/// before this begins.
+void endWithParent(pid_t parent)
 {
-    const pid_t parent = getppid();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) {
         std::raise(SIGKILL);
@@ -121,10 +126,14 @@ public:
         RunRecord record = describe(*scan);
         record.steps = segment(segmentation);
         record.fovea = segmentation->getFoveaPosition();
-        record.etdrs =
-            kelp::oct::measureEtdrs(segmentation, kelp::oct::foveaOrCenter(segmentation), false);
+        const CoordOnLocalizer gridCenter = kelp::oct::foveaOrCenter(segmentation);
+        record.etdrs = kelp::oct::measureEtdrs(segmentation, gridCenter, false);
+        record.places = AScanPlaces::of(*scan);
+        record.grid = SectorGrid::of(*scan, gridCenter);
+        record.warnings = kelp::oct::qualityWarnings(record.steps);
         record.layers = finalLayers(segmentation);
-        writeResults(segmentation, record.etdrs, m_request.settings.formats, m_request.buildFolder,
+        record.notFound = kelp::oct::surfacesNotFound(record.steps);
+        writeResults(segmentation, record, m_request.buildFolder,
                      [this](const QString& what, int percentage) {
                          tellProgress(chainEnd + (100 - chainEnd) * percentage / 100, what);
                      });
@@ -150,6 +159,8 @@ private:
         record.eye = scan.getAnatomicalTarget()->toString();
         record.size = scan.getVolumeSize();
         record.spacing = scan.getVolumeSpacing();
+        record.pixelDigest = pixelDigest(scan);
+        record.fill = kelp::oct::countDeviceFill(scan);
         record.settings = m_request.settings;
         return record;
     }
@@ -186,7 +197,7 @@ private:
 
 int runScanWorker(int argc, char** argv)
 {
-    endWithParent();
+    endWithParent(static_cast<pid_t>(std::atol(argv[2])));
     // Ctrl-C reaches all processes of the terminal; the command alone decides what comes of it.
     std::signal(SIGINT, SIG_IGN);
     // Pictures are painted, but nothing is ever shown.

@@ -2,7 +2,8 @@
 
 namespace kelp::command {
 
-/// The first argument that makes the program segment one scan for another process of itself.
+/// The first argument that makes the program segment one scan for another process of itself. The
+/// second one is that process's number.
 constexpr const char* workerArgument = "--segment-one-scan";
 
 /// Reads a ScanRequest from standard input, segments the scan and builds its results; tells its

@@ -35,7 +35,7 @@ protected:
         QList<QStringList> lines;
         for (const QString& line : QString::fromUtf8(read(results("summary.csv"))).split('\n')) {
             if (!line.isEmpty()) {
-                lines.append(line.split(','));
+                lines.append(csvCells(line));
             }
         }
         return lines;
@@ -48,6 +48,10 @@ TEST_F(SegmentCommand, WritesEveryFileOfAVolume)
     const Finished run = segment({xml});
     EXPECT_EQ(run.status, 0) << run.errors.toStdString();
     EXPECT_EQ(run.errors, "");
+    EXPECT_TRUE(
+        run.output.endsWith("export_100001: the border of the scan cuts the ETDRS sectors N1, N2, "
+                            "S1, S2, T1, T2, I1, I2, their means are those of the rest\n"))
+        << run.output.toStdString();
 
     QStringList expected{"etdrs.csv",        "oct.mha",          "run.json",
                          "segmentation.b64", "segmentation.mha", "trace.log"};
@@ -60,8 +64,8 @@ TEST_F(SegmentCommand, WritesEveryFileOfAVolume)
     expected.sort();
     EXPECT_EQ(filesOf("export_100001"), expected);
     EXPECT_EQ(QDir(results("export_100001/pictures")).entryList(QDir::Files, QDir::Name),
-              QStringList({"bscan_000.png", "bscan_001.png", "bscan_002.png", "bscan_003.png",
-                           "bscan_004.png", "enface.png"}));
+              QStringList({"bscan_001.png", "bscan_002.png", "bscan_003.png", "bscan_004.png",
+                           "bscan_005.png", "enface.png"}));
     EXPECT_EQ(resultNames(), QStringList({"export_100001", "summary.csv"}));
 }
 
@@ -176,8 +180,9 @@ TEST_F(SegmentCommand, SaysThatSkippedResultsWereMadeOtherwise)
     const QString xml = writeExport("in");
     segment({"--center-mask", xml});
     const Finished run = segment({"--formats", "etdrs", xml});
-    EXPECT_THAT(run.output.toStdString(),
-                ::testing::HasSubstr("made with --center-mask, formats positions,"));
+    EXPECT_THAT(
+        run.output.toStdString(),
+        ::testing::HasSubstr("made with other settings: --center-mask, formats positions,"));
 }
 
 TEST_F(SegmentCommand, RedoesWithForceAndReplacesAtOnce)
@@ -244,7 +249,7 @@ TEST_F(SegmentCommand, GivesTwoInputsOfOneNameFoldersOfTheirOwn)
     EXPECT_EQ(record(names[1])["input"].toString(), QFileInfo(second).canonicalFilePath());
 
     const Finished again = segment({first, second});
-    EXPECT_EQ(again.output.count("skipped"), 2);
+    EXPECT_EQ(again.output.count(": skipped, "), 2);
     EXPECT_EQ(resultNames(), names);
 }
 
@@ -268,22 +273,45 @@ TEST_F(SegmentCommand, SummarisesEveryScanWithItsSectorMeans)
     segment({xml});
     const auto segmented = summary();
     ASSERT_EQ(segmented.size(), 2);
-    EXPECT_EQ(segmented[0].mid(0, 7),
-              QStringList({"input", "series", "folder", "outcome", "reason", "NFL C", "NFL N1"}));
-    EXPECT_EQ(segmented[0].size(), 5 + 6 * 9);
+    EXPECT_EQ(segmented[0].mid(0, 10),
+              QStringList({"input", "series", "folder", "outcome", "reason", "warnings",
+                           "cut sectors", "no surface found", "NFL C", "NFL N1"}));
+    EXPECT_EQ(segmented[0].size(), 8 + 6 * 9);
     EXPECT_EQ(segmented[0].last(), "Complete Retina I2");
-    EXPECT_EQ(segmented[1].mid(1, 4), QStringList({"100001", "export_100001", "segmented", ""}));
+    EXPECT_EQ(segmented[1].mid(1, 7), QStringList({"100001", "export_100001", "segmented", "", "",
+                                                   "N1 N2 S1 S2 T1 T2 I1 I2", ""}));
 
     const QList<QByteArray> table = read(results("export_100001/etdrs.csv")).split('\n');
-    ASSERT_EQ(table.size(), 8);
+    ASSERT_EQ(table.size(), 10);
+    EXPECT_TRUE(table[7].startsWith("A-scans\t"));
+    EXPECT_TRUE(table[8].startsWith("A-scans expected\t"));
     for (int row = 0; row < 6; ++row) {
         const QList<QByteArray> cells = table[row + 1].split('\t');
         ASSERT_EQ(cells.size(), 10);
         for (int column = 0; column < 9; ++column) {
             const QString cell = QString::fromUtf8(cells[column + 1]);
-            EXPECT_EQ(segmented[1][5 + 9 * row + column], cell == "-" ? QString() : cell);
+            EXPECT_EQ(segmented[1][8 + 9 * row + column], cell == "-" ? QString() : cell);
         }
     }
+
+    const QList<QByteArray> counted = table[7].split('\t');
+    const QList<QByteArray> expected = table[8].split('\t');
+    const QJsonObject coverage = record("export_100001")["etdrsCoverage"].toObject();
+    ASSERT_EQ(coverage.size(), 9);
+    for (int column = 1; column <= 9; ++column) {
+        const QJsonObject sector =
+            coverage[QString::fromUtf8(table[0].split('\t')[column])].toObject();
+        EXPECT_EQ(sector["counted"].toInt(-1), counted[column].toInt());
+        EXPECT_EQ(sector["expected"].toInt(-1), expected[column].toInt());
+        EXPECT_LE(sector["counted"].toInt(), sector["inside"].toInt());
+        EXPECT_LE(sector["inside"].toInt(), sector["expected"].toInt());
+    }
+    EXPECT_GT(coverage["C"].toObject()["counted"].toInt(), 0);
+    EXPECT_LT(coverage["N2"].toObject()["inside"].toInt(), expected[2].toInt())
+        << "the scan is smaller than the grid";
+    EXPECT_TRUE(coverage["N2"].toObject()["cut"].toBool());
+    EXPECT_TRUE(coverage["C"].toObject().contains("cut"));
+    EXPECT_FALSE(coverage["C"].toObject()["cut"].toBool());
 
     segment({xml, path("missing.xml")});
     const auto skipped = summary();
@@ -292,6 +320,19 @@ TEST_F(SegmentCommand, SummarisesEveryScanWithItsSectorMeans)
     EXPECT_EQ(skipped[1].mid(5), segmented[1].mid(5));
     EXPECT_EQ(skipped[2][0], path("missing.xml"));
     EXPECT_EQ(skipped[2][3], "failed");
+}
+
+TEST_F(SegmentCommand, EndsWithHowSeveralScansCameOut)
+{
+    const QString first = writeExport("a");
+    segment({first});
+    const QString second = writeExport("b");
+    const QString ending = "\nIn all: 1 segmented, 1 skipped, 1 failed, see " +
+                           QFileInfo(results("summary.csv")).canonicalFilePath() + '\n';
+    const Finished run = segment({first, second, path("missing.xml")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(run.output.endsWith(ending)) << run.output.toStdString();
+    EXPECT_EQ(segment({"--quiet", first, second}).output, "");
 }
 
 TEST_F(SegmentCommand, LeavesOutThePolygonsOfAMaskFile)

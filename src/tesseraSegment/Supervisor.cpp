@@ -88,11 +88,11 @@ void Supervisor::skip(int index)
     const ScanJob& job = m_plan.jobs[index];
     ScanOutcome& outcome = m_outcomes[index];
     outcome.kind = ScanOutcome::Kind::Skipped;
-    outcome.etdrs = job.record.etdrs;
+    outcome.record = job.record;
     outcome.reason = "is there already";
     const QString difference = describeDifference(job.record.settings, m_settings);
     if (!difference.isEmpty()) {
-        outcome.reason += QString(", but made with %1").arg(difference);
+        outcome.reason += QString(", but made with other settings: %1").arg(difference);
     }
     m_display.print(QString("%1: skipped, %2 (--force redoes it)").arg(job.folder, outcome.reason));
     keepInStore(index, StoreKeeper::Segmentations::OnlyTheFirst);
@@ -168,10 +168,38 @@ void Supervisor::publish(int index)
         const auto there = StoredRecord::read(place + "/run.json");
         return there && there->input == job.input && there->series == job.series;
     });
-    m_outcomes[index] = {ScanOutcome::Kind::Segmented, QString(), record->etdrs};
-    m_display.finish(
-        index, QString("segmented in %1, see %2")
-                   .arg(durationText(m_timers.at(index).elapsed()), m_results.pathOf(job.folder)));
+    m_outcomes[index] = {ScanOutcome::Kind::Segmented, QString(), *record};
+    const QString duration = durationText(m_timers.at(index).elapsed());
+    m_display.finish(index, QString("segmented in %1%2, see %3")
+                                .arg(duration, withWarnings(record->nrWarnings()),
+                                     m_results.pathOf(job.folder)));
+    tellAbout(job, *record);
+}
+
+void Supervisor::tellAbout(const ScanJob& job, const StoredRecord& record)
+{
+    if (record.fill.pixels > 0) {
+        m_display.print(QString("%1: white without data (the device's fill), %2 pixels in %3, "
+                                "was taken as black")
+                            .arg(job.folder)
+                            .arg(record.fill.pixels)
+                            .arg(counted(record.fill.bScans, "B-scan")));
+    }
+    const QStringList cutSectors = record.etdrs.cutSectors();
+    if (!cutSectors.isEmpty()) {
+        // Most scans are smaller than the grid: a thing to know, and no problem of the run.
+        m_display.print(
+            QString(cutSectors.size() == 1
+                        ? "%1: the border of the scan cuts the ETDRS sector %2, its mean is that "
+                          "of the rest"
+                        : "%1: the border of the scan cuts the ETDRS sectors %2, their means are "
+                          "those of the rest")
+                .arg(job.folder, cutSectors.join(", ")));
+    }
+    for (const QString& warning : record.warnings.value_or(QStringList())) {
+        // Only the word tells it from the reason of a failure, which is printed alike.
+        m_display.printProblem(problemText(job.title(), "warning: " + warning));
+    }
 }
 
 void Supervisor::keepInStore(int index, StoreKeeper::Segmentations segmentations)

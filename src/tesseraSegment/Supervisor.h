@@ -46,6 +46,8 @@ private:
     void startScan(int index);
     /// Puts the results in their place. Throws kelp::Exception.
     void publish(int index);
+    /// What a user should know of a result that stands there.
+    void tellAbout(const ScanJob& job, const StoredRecord& record);
     void keepInStore(int index, StoreKeeper::Segmentations segmentations);
     void fail(int index, const QString& reason);
 

@@ -1,11 +1,16 @@
 #include "CommandFixture.h"
 #include "CsvText.h"
+#include "Display.h"
 #include "JsonWriter.h"
 #include "Protocol.h"
 #include "RunRecord.h"
+#include "StoredRecord.h"
+#include "Summary.h"
 #include "kelpException.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 
 #include <limits>
 
@@ -36,6 +41,16 @@ TEST(JsonText, KeepsTheOrderAndWritesPlainNumbers)
     json.endObject();
     EXPECT_EQ(json.text(), "{\n  \"z\": 0.0000001,\n  \"a\": 123456789012,\n  \"list\": [\n    1,\n"
                            "    true\n  ],\n  \"empty\": {},\n  \"none\": null\n}\n");
+}
+
+TEST(JsonText, KeepsAListOfNumbersOnOneLine)
+{
+    JsonWriter json;
+    json.beginObject();
+    json.numbers("some", {0.25, 3.0, std::numeric_limits<double>::quiet_NaN()});
+    json.numbers("none", {});
+    json.endObject();
+    EXPECT_EQ(json.text(), "{\n  \"some\": [0.25, 3, null],\n  \"none\": []\n}\n");
 }
 
 TEST(JsonText, NumbersReadBackExactly)
@@ -109,6 +124,33 @@ TEST(RunRecords, TellWhereTheyDiffer)
     EXPECT_EQ(describeDifference(wanted, recorded), "chain mouse, no mask");
 }
 
+TEST(SummaryText, CountsTheRowsByOutcomeAndThoseWithWarnings)
+{
+    StoredRecord clean;
+    clean.warnings.emplace();
+    StoredRecord warned;
+    warned.warnings.emplace(QStringList{"ONL: no surface found", "BM: at its end"});
+    using Kind = ScanOutcome::Kind;
+    ScanPlan plan;
+    EXPECT_EQ(summaryText(plan, {{Kind::Segmented, "", clean}}), "1 segmented");
+    EXPECT_EQ(summaryText(plan, {{Kind::Segmented, "", warned},
+                                 {Kind::Segmented, "", clean},
+                                 {Kind::Skipped, "", StoredRecord()},
+                                 {Kind::Skipped, "", warned}}),
+              "2 segmented (1 with warnings), 2 skipped (1 with warnings)");
+    plan.problems = {{"a.xml", "is no export"}};
+    EXPECT_EQ(summaryText(plan, {{Kind::Failed, "", std::nullopt}}), "2 failed");
+}
+
+TEST(Words, FollowTheirNumber)
+{
+    EXPECT_EQ(counted(1, "B-scan"), "1 B-scan");
+    EXPECT_EQ(counted(49, "B-scan"), "49 B-scans");
+    EXPECT_EQ(withWarnings(0), "");
+    EXPECT_EQ(withWarnings(1), " with 1 warning");
+    EXPECT_EQ(withWarnings(2), " with 2 warnings");
+}
+
 class StoredRunRecord : public kelp::command::test::CommandFixture
 {
 };
@@ -120,6 +162,10 @@ TEST_F(StoredRunRecord, ReadsBackWhatWasWritten)
     record.series = "5";
     record.settings.etdrsMask = true;
     record.etdrs.means[2][3] = 41.0 / 3.0;
+    record.etdrs.coverage[4] = {70, 80, 100};
+    record.fill = {123456789012, 49};
+    record.warnings = QStringList{"GCL, INL: no \"surface\"", "ONL: at its end"};
+    record.notFound = QStringList{"GCL", "INL"};
     write("run.json", record.toJson());
     const auto stored = StoredRecord::read(path("run.json"));
     ASSERT_TRUE(stored);
@@ -127,6 +173,49 @@ TEST_F(StoredRunRecord, ReadsBackWhatWasWritten)
     EXPECT_EQ(stored->series, "5");
     EXPECT_TRUE(stored->settings == record.settings);
     EXPECT_EQ(stored->etdrs.means, record.etdrs.means);
+    EXPECT_EQ(stored->etdrs.coverage[4].counted, 70);
+    EXPECT_EQ(stored->etdrs.coverage[4].inside, 80);
+    EXPECT_EQ(stored->etdrs.coverage[4].expected, 100);
+    EXPECT_EQ(stored->etdrs.cutSectors(), QStringList{kelp::oct::EtdrsTable::columnLabel(4)});
+    EXPECT_EQ(stored->fill.pixels, 123456789012);
+    EXPECT_EQ(stored->fill.bScans, 49);
+    ASSERT_TRUE(stored->warnings);
+    EXPECT_EQ(*stored->warnings, record.warnings);
+    EXPECT_EQ(stored->notFound, record.notFound);
+}
+
+TEST_F(StoredRunRecord, TellsNoWarningsFromNoneRecorded)
+{
+    RunRecord record;
+    record.input = "/d/e.xml";
+    record.series = "5";
+    const QByteArray whole = record.toJson();
+    write("run.json", whole);
+    EXPECT_EQ(StoredRecord::read(path("run.json"))->warnings, QStringList());
+    write("run.json", QByteArray(whole).replace("\"warnings\"", "\"former\""));
+    EXPECT_EQ(StoredRecord::read(path("run.json"))->warnings, std::nullopt);
+}
+
+TEST_F(StoredRunRecord, HoldsSharesWithFourDecimalsAndNoneWhereAllIsMasked)
+{
+    RunRecord record;
+    kelp::oct::StepStatistics step;
+    step.name = "segmentBMFine";
+    step.surfaces = {{"BM", {{3, 1, 2, 0, 0}, {0, 0, 0, 0, 0}, {1, 0, 0, 1, 1}}}};
+    record.steps = {step};
+    const QJsonObject quality = QJsonDocument::fromJson(record.toJson())["quality"][0].toObject();
+    EXPECT_EQ(quality["step"], "segmentBMFine");
+    EXPECT_EQ(quality["surface"], "BM");
+    EXPECT_EQ(quality["aScans"], 4);
+    EXPECT_EQ(quality["atTop"], 0.25);
+    EXPECT_EQ(quality["atBottom"], 0.5);
+    EXPECT_EQ(quality["withoutRoom"], 0.25);
+    EXPECT_EQ(quality["withoutRow"], 0.25);
+    const QJsonObject byBScan = quality["byBScan"].toObject();
+    EXPECT_EQ(byBScan["atTop"], QJsonArray({0.3333, QJsonValue::Null, 0}));
+    EXPECT_EQ(byBScan["atBottom"], QJsonArray({0.6667, QJsonValue::Null, 0}));
+    EXPECT_EQ(byBScan["withoutRoom"], QJsonArray({0, QJsonValue::Null, 1}));
+    EXPECT_EQ(byBScan["withoutRow"], QJsonArray({0, QJsonValue::Null, 1}));
 }
 
 TEST_F(StoredRunRecord, IsNothingWhenItIsCut)

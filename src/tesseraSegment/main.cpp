@@ -5,7 +5,7 @@
 
 int main(int argc, char** argv)
 {
-    if (argc == 2 && std::strcmp(argv[1], kelp::command::workerArgument) == 0) {
+    if (argc == 3 && std::strcmp(argv[1], kelp::command::workerArgument) == 0) {
         return kelp::command::runScanWorker(argc, argv);
     }
     return kelp::command::runCommand(argc, argv);

@@ -227,6 +227,9 @@ void AppBase::setCurrent(const DataPointer<Patient>& patient, const DataPointer<
     if (theInstance) {
         theInstance->m_saver->save(kelp::PatientSaver::InPassing);
     }
+    if (selection().study != study) {
+        setStatusNotice({});
+    }
     selection().patient = patient;
     selection().study = study;
     if (theInstance) {
@@ -276,6 +279,13 @@ void AppBase::setScanDescription(const QString& description)
     selection().scan = description;
     if (theInstance) {
         theInstance->m_form->setScan(description);
+    }
+}
+
+void AppBase::setStatusNotice(const QString& notice)
+{
+    if (theInstance) {
+        theInstance->m_form->setNotice(notice);
     }
 }
 

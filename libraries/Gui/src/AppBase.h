@@ -73,6 +73,9 @@ public:
 
     /// The current scan in the words of the status bar; empty for none.
     static void setScanDescription(const QString& description);
+    /// A line in the status bar that stays until the next one, or until another study is selected;
+    /// empty for none.
+    static void setStatusNotice(const QString& notice);
     /// A passing message in the status bar.
     static void showStatusMessage(const QString& message);
     /// The parent of boxes that belong to no module; null before the form is made.

@@ -1,6 +1,7 @@
 #include "DialogDriver.h"
 #include "FrameTestSupport.h"
 #include "MainForm.h"
+#include "Waiting.h"
 #include "kelpException.h"
 #include "kelpSettings.h"
 
@@ -162,7 +163,7 @@ TEST_F(Application, AChangeIsSavedWithoutBeingAskedForAndTheTitleShowsItUntilThe
         patient->setName(QStringLiteral("After"));
         AppBase::markChanged(patient);
         EXPECT_TRUE(m_form->isWindowModified());
-        EXPECT_TRUE(QTest::qWaitFor([] { return !AppBase::hasUnsavedChanges(); }));
+        EXPECT_TRUE(waiting::until([] { return !AppBase::hasUnsavedChanges(); }));
         EXPECT_FALSE(m_form->isWindowModified());
         pressKey(Qt::Key_Q);
     });
@@ -191,7 +192,7 @@ TEST_F(Application, AFailedSaveKeepsTheChangeTellsTheReasonOnceAndAtEverySave)
     runWith([&] {
         patient->setName(QStringLiteral("After"));
         AppBase::markChanged(patient);
-        EXPECT_TRUE(QTest::qWaitFor([&dialogs] { return dialogs.pending() == 0; }));
+        EXPECT_TRUE(waiting::until([&dialogs] { return dialogs.pending() == 0; }));
         for (int edit = 0; edit < 3; ++edit) {
             AppBase::markChanged(patient);
             QTest::qWait(0);
@@ -206,7 +207,7 @@ TEST_F(Application, AFailedSaveKeepsTheChangeTellsTheReasonOnceAndAtEverySave)
 
         repairStore();
         AppBase::markChanged(patient);
-        EXPECT_TRUE(QTest::qWaitFor([] { return !AppBase::hasUnsavedChanges(); }));
+        EXPECT_TRUE(waiting::until([] { return !AppBase::hasUnsavedChanges(); }));
         EXPECT_EQ(m_form->windowTitle(), QStringLiteral("Title[*]"));
         pressKey(Qt::Key_Q);
     });
@@ -319,6 +320,21 @@ TEST_F(Application, TheStatusBarFollowsTheSelectionAndTheNameOfThePatient)
     EXPECT_EQ(text("patientLabel"), QStringLiteral("No patient selected"));
 }
 
+TEST_F(Application, ANoticeInTheStatusBarStaysUntilAnotherStudyIsSelected)
+{
+    const DataPointer<Patient> patient = storedPatient(QStringLiteral("Ada"));
+    const DataPointer<Study> study(new Study);
+    const auto shown = [this] {
+        return m_form->findChild<QLabel*>(QStringLiteral("noticeLabel"))->text();
+    };
+    AppBase::setCurrent(patient, study);
+    AppBase::setStatusNotice(QStringLiteral("Look at it."));
+    AppBase::setCurrent(patient, study);
+    EXPECT_EQ(shown(), QStringLiteral("Look at it."));
+    AppBase::setCurrent(patient, nullptr);
+    EXPECT_EQ(shown(), QString());
+}
+
 TEST_F(Application, DamagedPatientFilesAreToldAtTheStart)
 {
     QFile damaged(m_folder + QStringLiteral("/patients/damaged.xml"));
@@ -331,7 +347,7 @@ TEST_F(Application, DamagedPatientFilesAreToldAtTheStart)
     dialogs.expectMessage(QStringLiteral("Patient Store"),
                           QStringLiteral("One patient file could not be read."));
     runWith([this, &dialogs] {
-        EXPECT_TRUE(QTest::qWaitFor([&dialogs] { return dialogs.pending() == 0; }));
+        EXPECT_TRUE(waiting::until([&dialogs] { return dialogs.pending() == 0; }));
         pressKey(Qt::Key_Q);
     });
 }

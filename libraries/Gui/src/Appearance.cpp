@@ -54,10 +54,23 @@ QPalette makePalette(const Colours& colours)
     return palette;
 }
 
+// What calls for attention, on a light and on a dark window.
+const QColor brightOnLight(176, 28, 28);
+const QColor brightOnDark(255, 128, 118);
+
+QPalette withReadableBrightText(QPalette palette)
+{
+    // Systems leave it white, for text on coloured buttons: on a light window nobody could read it.
+    constexpr int middle = 128;
+    const bool isLight = palette.color(QPalette::Window).lightness() >= middle;
+    palette.setColor(QPalette::BrightText, isLight ? brightOnLight : brightOnDark);
+    return palette;
+}
+
 /// The palette before any of ours was set.
 const QPalette& systemPalette()
 {
-    static const QPalette palette = QApplication::palette();
+    static const QPalette palette = withReadableBrightText(QApplication::palette());
     return palette;
 }
 
@@ -102,7 +115,7 @@ QPalette lightPalette()
                         .visitedLink = {105, 60, 145},
                         .disabled = {118, 120, 124},
                         .toolTip = {255, 253, 231},
-                        .bright = {176, 28, 28}});
+                        .bright = brightOnLight});
 }
 
 QPalette darkPalette()
@@ -118,7 +131,7 @@ QPalette darkPalette()
                         .visitedLink = {190, 156, 230},
                         .disabled = {142, 145, 150},
                         .toolTip = {62, 65, 70},
-                        .bright = {255, 128, 118}});
+                        .bright = brightOnDark});
 }
 
 } // namespace kelp

@@ -91,6 +91,15 @@ TEST(Appearance, ThatOfTheSystemComesBack)
     EXPECT_EQ(kelp::storedAppearance(), Appearance::System);
 }
 
+TEST(Appearance, WhatCallsForAttentionIsReadableInThePaletteOfTheSystem)
+{
+    kelp::applyAppearance(Appearance::System);
+    const QPalette palette = QApplication::palette();
+    constexpr double readable = 4.5;
+    EXPECT_GE(contrast(palette.color(QPalette::BrightText), palette.color(QPalette::Window)),
+              readable);
+}
+
 TEST(Appearance, AStoredNumberThatMeansNothingIsThatOfTheSystem)
 {
     kelp::Settings::set(QStringLiteral("Gui/appearance"), 17);

@@ -49,6 +49,7 @@ TEST(CurrentSelection, WithoutAnApplicationThereIsNothingToSave)
     EXPECT_FALSE(AppBase::getMainForm());
     AppBase::setScanDescription(QStringLiteral("scan"));
     AppBase::showStatusMessage(QStringLiteral("message"));
+    AppBase::setStatusNotice(QStringLiteral("notice"));
     AppBase::setScanDescription(QString());
 }
 

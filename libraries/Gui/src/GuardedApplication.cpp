@@ -8,15 +8,8 @@
 
 namespace kelp {
 
-namespace {
-
-/// A failing paint event comes back as soon as its box is closed; the user must get past it.
-constexpr qint64 repetitionMs = 2000;
-
-} // namespace
-
-GuardedApplication::GuardedApplication(int& argumentCount, char** arguments)
-    : QApplication(argumentCount, arguments)
+GuardedApplication::GuardedApplication(int& argumentCount, char** arguments, qint64 repetitionMs)
+    : QApplication(argumentCount, arguments), m_repetitionMs(repetitionMs)
 {
 }
 
@@ -37,7 +30,7 @@ void GuardedApplication::report(const char* reason)
         << reason;
     const QString text = QString::fromUtf8(reason);
     const bool isRepeated =
-        text == m_shown && m_sinceShown.isValid() && m_sinceShown.elapsed() < repetitionMs;
+        text == m_shown && m_sinceShown.isValid() && m_sinceShown.elapsed() < m_repetitionMs;
     if (!m_pending.isEmpty() || isRepeated) {
         return;
     }

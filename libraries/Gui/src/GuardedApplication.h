@@ -13,7 +13,12 @@ class GuardedApplication : public QApplication
     Q_OBJECT
 
 public:
-    GuardedApplication(int& argumentCount, char** arguments);
+    /// A failing paint event comes back as soon as its box is closed; the user must get past it. So
+    /// what was shown is not shown again for this long.
+    static constexpr qint64 usualRepetitionMs = 2000;
+
+    GuardedApplication(int& argumentCount, char** arguments,
+                       qint64 repetitionMs = usualRepetitionMs);
 
     bool notify(QObject* receiver, QEvent* event) override;
 
@@ -23,6 +28,7 @@ private slots:
 private:
     void report(const char* reason);
 
+    const qint64 m_repetitionMs;
     /// What waits to be shown; empty for nothing.
     QString m_pending;
     QString m_shown;

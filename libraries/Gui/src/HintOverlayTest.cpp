@@ -1,5 +1,7 @@
 #include "HintOverlay.h"
 
+#include "Waiting.h"
+
 #include <QGraphicsView>
 #include <QListWidget>
 #include <QPushButton>
@@ -63,7 +65,7 @@ TEST(HintOverlay, LetsTheMouseThrough)
     overlay.setHint(QStringLiteral("Press the button."));
     target.resize(300, 200);
     target.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&target));
+    ASSERT_TRUE(waiting::untilExposed(target));
     QSignalSpy clicked(&button, SIGNAL(clicked()));
     QTest::mouseClick(target.windowHandle(), Qt::LeftButton, {},
                       button.mapTo(&target, button.rect().center()));

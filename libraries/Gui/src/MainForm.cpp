@@ -108,13 +108,24 @@ void MainForm::makeHelpMenu()
 
 void MainForm::makeStatusBar()
 {
-    // Together they leave a narrow form room for passing messages.
-    const auto addLabel = [this](const char* name, int widestCharacters) {
+    const auto makeLabel = [this](const char* name, int widestCharacters) {
         auto* const label = new ElidedLabel(this);
         label->setObjectName(QString::fromLatin1(name));
         constexpr int labelMargin = 3;
         label->setMargin(labelMargin);
         label->setWidestCharacters(widestCharacters);
+        return label;
+    };
+    constexpr int fewestCharacters = 20;
+    m_noticeLabel = makeLabel("noticeLabel", fewestCharacters);
+    m_noticeLabel->setForegroundRole(QPalette::BrightText);
+    // As wide as the others leave it room for.
+    m_noticeLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    m_noticeLabel->setMinimumWidth(fewestCharacters * fontMetrics().averageCharWidth());
+    statusBar()->addWidget(m_noticeLabel, 1);
+    // Together they leave a narrow form room for passing messages.
+    const auto addLabel = [this, &makeLabel](const char* name, int widestCharacters) {
+        auto* const label = makeLabel(name, widestCharacters);
         statusBar()->addPermanentWidget(label);
         return label;
     };
@@ -125,6 +136,7 @@ void MainForm::makeStatusBar()
     m_scanLabel = addLabel("scanLabel", 40);
     setSelection({}, {});
     setScan({});
+    setNotice({});
     setSaveState(false, {});
 }
 
@@ -185,6 +197,19 @@ void MainForm::setScan(const QString& scan)
 {
     m_scanLabel->setFullText(QStringLiteral("Scan: ") + scan);
     m_scanLabel->setVisible(!scan.isEmpty());
+}
+
+void MainForm::setNotice(const QString& notice)
+{
+    if (notice == m_noticeLabel->toolTip() && !notice.isEmpty()) {
+        return;
+    }
+    m_noticeLabel->setFullText(notice);
+    if (!notice.isEmpty()) {
+        // A passing message would be painted below it.
+        statusBar()->clearMessage();
+    }
+    m_noticeLabel->setVisible(!notice.isEmpty());
 }
 
 void MainForm::setSaveState(bool isUnsaved, const QString& failure)

@@ -39,6 +39,8 @@ public:
 
     void setSelection(const QString& patient, const QString& study);
     void setScan(const QString& scan);
+    /// A line that stays until the next one; empty for none. Passing messages go before it.
+    void setNotice(const QString& notice);
     /// The failure is the reason why the last save failed; empty if it did not.
     void setSaveState(bool isUnsaved, const QString& failure);
 
@@ -79,6 +81,7 @@ private:
     QAction* m_helpAction = nullptr;
     QActionGroup* m_moduleActions = nullptr;
     int m_helpModule = -1;
+    ElidedLabel* m_noticeLabel = nullptr;
     ElidedLabel* m_patientLabel = nullptr;
     ElidedLabel* m_studyLabel = nullptr;
     ElidedLabel* m_scanLabel = nullptr;

@@ -3,6 +3,7 @@
 #include "Appearance.h"
 #include "DialogDriver.h"
 #include "ElidedLabel.h"
+#include "Waiting.h"
 #include "kelpSettings.h"
 
 #include <QAction>
@@ -12,6 +13,7 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -40,8 +42,11 @@ protected:
         m_form.setApplicationTitle(QStringLiteral("Title"));
         m_form.setModuleNames({QStringLiteral("First"), QStringLiteral("Second")});
         m_form.show();
-        QApplication::setActiveWindow(&m_form);
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_form));
+        ASSERT_TRUE(waiting::untilExposed(m_form));
+        // By the X server: what Qt alone calls active, it takes back a while after a former window
+        // has gone.
+        m_form.activateWindow();
+        ASSERT_TRUE(waiting::untilActive(m_form));
     }
 
     QMenu* menu(const QString& title) const
@@ -165,8 +170,44 @@ TEST_F(Form, LongNamesDoNotWidenIt)
     m_form.setSelection(QString(400, QLatin1Char('W')), QString(400, QLatin1Char('W')));
     m_form.setScan(QString(400, QLatin1Char('W')));
     m_form.setSaveState(true, QString(400, QLatin1Char('W')));
+    m_form.setNotice(QString(400, QLatin1Char('W')));
     EXPECT_LT(m_form.minimumSizeHint().width(), before + 400);
     EXPECT_LT(m_form.minimumSizeHint().width(), 1280);
+}
+
+TEST_F(Form, ANoticeStaysInTheStatusBarAndPassingMessagesGoBeforeIt)
+{
+    EXPECT_FALSE(label("noticeLabel")->isVisible());
+    m_form.statusBar()->showMessage(QStringLiteral("Saved."));
+    m_form.setNotice(QStringLiteral("Two warnings:\nfirst;\nsecond"));
+    EXPECT_TRUE(m_form.statusBar()->currentMessage().isEmpty()) << "painted below the notice";
+    EXPECT_TRUE(label("noticeLabel")->isVisible());
+    EXPECT_EQ(label("noticeLabel")->text(), QStringLiteral("Two warnings: first; second"));
+    EXPECT_EQ(label("noticeLabel")->toolTip(), QStringLiteral("Two warnings:\nfirst;\nsecond"));
+
+    constexpr int shortMs = 50;
+    m_form.statusBar()->showMessage(QStringLiteral("Saved."), shortMs);
+    EXPECT_FALSE(label("noticeLabel")->isVisible());
+    // Told again, it lets the message pass.
+    m_form.setNotice(label("noticeLabel")->toolTip());
+    EXPECT_EQ(m_form.statusBar()->currentMessage(), QStringLiteral("Saved."));
+    EXPECT_TRUE(waiting::until([this] { return label("noticeLabel")->isVisible(); }));
+
+    m_form.statusBar()->showMessage(QStringLiteral("Saved."), shortMs);
+    m_form.setNotice(QString());
+    EXPECT_TRUE(waiting::until([this] { return m_form.statusBar()->currentMessage().isEmpty(); }));
+    EXPECT_FALSE(label("noticeLabel")->isVisible());
+}
+
+TEST_F(Form, ALongNoticeIsCutShortBeforeTheSelectionIs)
+{
+    m_form.resize(1280, 700);
+    m_form.setSelection(QStringLiteral("Ada Example (2/3/1960)"), QStringLiteral("First visit"));
+    m_form.setNotice(QString(1000, QLatin1Char('W')));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(m_form.width(), 1280);
+    EXPECT_EQ(label("patientLabel")->width(), label("patientLabel")->sizeHint().width());
+    EXPECT_GT(label("noticeLabel")->width(), 600);
 }
 
 TEST_F(Form, F11FillsTheScreenAndGivesItBack)

@@ -2,6 +2,7 @@
 
 #include "DialogDriver.h"
 #include "FrameTestSupport.h"
+#include "Waiting.h"
 #include "kelpException.h"
 
 #include <QSignalSpy>
@@ -215,7 +216,7 @@ TEST(ModuleTabSelector, TabsThatAreNotSelectableIgnoreTheMouse)
     QSignalSpy selected(&selector, SIGNAL(moduleSelected(int)));
     auto* const tabs = qobject_cast<QTabWidget*>(selector.getWidget());
     tabs->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(tabs));
+    ASSERT_TRUE(waiting::untilExposed(*tabs));
     const QPoint place = tabs->tabBar()->mapTo(tabs, tabs->tabBar()->tabRect(1).center());
     QTest::mouseClick(tabs->windowHandle(), Qt::LeftButton, {}, place);
     EXPECT_EQ(selected.count(), 0);

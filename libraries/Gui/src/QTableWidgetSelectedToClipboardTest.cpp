@@ -1,5 +1,6 @@
 #include "QTableWidgetSelectedToClipboard.h"
 
+#include "Waiting.h"
 #include "kelpTrace.h"
 
 #include <QClipboard>
@@ -25,7 +26,7 @@ protected:
             }
         }
         m_table.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_table));
+        ASSERT_TRUE(waiting::untilExposed(m_table));
         QGuiApplication::clipboard()->setText(QStringLiteral("before"));
         kelp::Trace::redirect(&m_trace);
     }

@@ -2,6 +2,7 @@
 
 #include "DialogDriver.h"
 #include "QtDataPathModel.h"
+#include "Waiting.h"
 
 #include <QDir>
 #include <QFile>
@@ -44,7 +45,7 @@ protected:
             ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         }
         m_widget.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_widget));
+        ASSERT_TRUE(waiting::untilExposed(m_widget));
     }
     QString path(const char* name) const { return m_directory.filePath(QLatin1String(name)); }
     void clickPlus()
@@ -107,7 +108,7 @@ TEST_F(LoadingWidget, TheDeleteKeyTakesTheSelectedFilesOffTheList)
     add(path("c.bin"));
     m_widget.activateWindow();
     list()->setFocus();
-    ASSERT_TRUE(QTest::qWaitFor([this] { return list()->hasFocus(); }));
+    ASSERT_TRUE(waiting::until([this] { return list()->hasFocus(); }));
     list()->setCurrentIndex(list()->model()->index(0, 0));
     QTest::keyClick(list(), Qt::Key_Down, Qt::ShiftModifier);
     QTest::keyClick(list(), Qt::Key_Delete);

@@ -2,6 +2,7 @@
 
 #include "AppBase.h"
 #include "HintOverlay.h"
+#include "Waiting.h"
 
 #include <QListWidget>
 #include <QSignalSpy>
@@ -36,7 +37,7 @@ protected:
         AppBase::setCurrent(m_patient, m_study);
         m_list = std::make_unique<QtDataSelectionList>();
         m_list->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_list.get()));
+        ASSERT_TRUE(waiting::untilExposed(*m_list));
         m_list->activateWindow();
         view()->setFocus();
     }

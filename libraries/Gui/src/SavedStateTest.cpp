@@ -1,5 +1,6 @@
 #include "SavedState.h"
 
+#include "Waiting.h"
 #include "kelpSettings.h"
 
 #include <QApplication>
@@ -82,7 +83,7 @@ TEST(SavedState, ASplitterThatTheUserMovedComesBack)
     TwoPanes first;
     kelp::rememberSplitter(&first.splitter, key);
     first.splitter.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&first.splitter));
+    ASSERT_TRUE(waiting::untilExposed(first.splitter));
     QSplitterHandle* const handle = first.splitter.handle(1);
     drag(handle, QPoint(1, 50), QPoint(-150, 50));
     const QList<int> sizes = first.splitter.sizes();
@@ -91,7 +92,7 @@ TEST(SavedState, ASplitterThatTheUserMovedComesBack)
     TwoPanes second;
     kelp::rememberSplitter(&second.splitter, key);
     second.splitter.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&second.splitter));
+    ASSERT_TRUE(waiting::untilExposed(second.splitter));
     EXPECT_EQ(second.splitter.sizes(), sizes);
 }
 

@@ -1,5 +1,6 @@
 #include "kelpTransferFunctionWidget.h"
 
+#include "Waiting.h"
 #include "kelpException.h"
 #include "kelpImageWidget.h"
 
@@ -47,7 +48,7 @@ void show(QWidget& widget)
 {
     widget.resize(120, 320);
     widget.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
+    ASSERT_TRUE(waiting::untilExposed(widget));
 }
 
 TEST(TransferFunctionWidget, NumbersTheEndsAndPlacesBetweenWithTheUpperEndOnTop)
@@ -94,7 +95,7 @@ TEST(TransferFunctionWidget, FollowsAFunctionSetAnew)
     // The layout places the new labels with the next events.
     const QStringList wanted{QStringLiteral("0.5"), QStringLiteral("0"), QStringLiteral("-0.5"),
                              QStringLiteral("-1"), QStringLiteral("-1.5")};
-    EXPECT_TRUE(QTest::qWaitFor([&] { return textsFromTheTop(widget) == wanted; }));
+    EXPECT_TRUE(waiting::until([&] { return textsFromTheTop(widget) == wanted; }));
 }
 
 TEST(TransferFunctionWidget, ShowsNothingWithoutAFunction)

@@ -1,6 +1,7 @@
 #include "MouseEvents.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QGraphicsView>
 #include <QMouseEvent>
 #include <QTest>
 #include <QWheelEvent>
@@ -14,6 +15,11 @@ void move(QWidget& widget, const QPoint& place, Qt::MouseButtons held)
     QCoreApplication::sendEvent(&widget, &event);
 }
 
+void move(QGraphicsView& view, const QPoint& place, Qt::MouseButtons held)
+{
+    move(*view.viewport(), place, held);
+}
+
 void drag(QWidget& widget, const QList<QPoint>& places)
 {
     QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, places.first());
@@ -23,12 +29,20 @@ void drag(QWidget& widget, const QList<QPoint>& places)
     QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, places.last());
 }
 
-bool turnWheel(QWidget& widget, const QPoint& place, int delta, Qt::KeyboardModifiers modifiers)
+bool turnWheel(QWidget& widget, int delta, Qt::KeyboardModifiers modifiers)
 {
+    const QPoint place = widget.rect().center();
     QWheelEvent event(place, widget.mapToGlobal(place), QPoint(), QPoint(0, delta), Qt::NoButton,
                       modifiers, Qt::NoScrollPhase, false);
-    QCoreApplication::sendEvent(&widget, &event);
+    // As from a true wheel: only such events go on to the parents of a widget that ignores them.
+    QSpontaneKeyEvent::setSpontaneous(&event);
+    qApp->notify(&widget, &event);
     return event.isAccepted();
+}
+
+bool turnWheel(QGraphicsView& view, int delta, Qt::KeyboardModifiers modifiers)
+{
+    return turnWheel(*view.viewport(), delta, modifiers);
 }
 
 } // namespace mouseevents

@@ -1,8 +1,8 @@
 #include "ManagerTestSupport.h"
 
+#include "TestProcessorTime.h"
 #include "XMLDataTree.h"
 
-#include <QElapsedTimer>
 #include <QLabel>
 
 #include <iostream>
@@ -173,9 +173,9 @@ TEST_F(ManagerSelectionTest, AStoreRemovedBehindTheBackIsToldAndTheDataAreKept)
 TEST_F(ManagerSelectionTest, TenThousandPatientsAreListedAndSearchedWithoutAWait)
 {
     constexpr int count = 10000;
-    // Generous, since tests share the machine and run under sanitizers: this only finds what grows
-    // faster than the store. The benchmark of the window holds it to what a user is to wait.
-    constexpr int allowedMs = 10000;
+    // Generous, since tests run under sanitizers too: this only finds what grows faster than the
+    // store. The benchmark of the window holds it to what a user is to wait.
+    constexpr double allowed = 20.0; // 10 s of two processors
     DataIOManager::closeStore();
     for (int i = 0; i < count; ++i) {
         const auto patient =
@@ -187,19 +187,18 @@ TEST_F(ManagerSelectionTest, TenThousandPatientsAreListedAndSearchedWithoutAWait
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(XMLDataTree::write(header));
     }
-    QElapsedTimer timer;
-    timer.start();
+    const double atFirst = kelp::test::processorSeconds();
     ASSERT_EQ(DataIOManager::openStore(m_folder), CaError::nullError);
-    const qint64 openedMs = timer.restart();
+    const double opened = kelp::test::processorSeconds() - atFirst;
     start();
-    const qint64 shownMs = timer.restart();
+    const double shown = kelp::test::processorSeconds() - atFirst;
     QTest::keyClicks(&find<QLineEdit>("patientSearch"), "4321");
-    const qint64 searchedMs = timer.elapsed();
-    std::cout << count << " patients: opened in " << openedMs << " ms, shown in " << shownMs
-              << " ms, four letters searched in " << searchedMs << " ms" << std::endl;
+    const double searched = kelp::test::processorSeconds() - atFirst;
+    std::cout << count << " patients, in s of the processor since the start: opened " << opened
+              << ", shown " << shown << ", four letters searched " << searched << std::endl;
     EXPECT_TRUE(listedNames().contains("Patient 4321"));
     EXPECT_LT(listedNames().size(), count / 10);
-    EXPECT_LT(openedMs + shownMs, allowedMs);
+    EXPECT_LT(shown, allowed);
 }
 
 } // namespace

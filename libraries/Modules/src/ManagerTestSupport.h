@@ -10,6 +10,7 @@
 #include "QtPMModule.h"
 #include "StorePlugins.h"
 #include "StudyTree.h"
+#include "Waiting.h"
 
 #include <QAbstractButton>
 #include <QDir>
@@ -178,7 +179,7 @@ protected:
         QWidget* const widget = m_module->getMainWidget();
         widget->resize(1200, 700);
         widget->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(widget));
+        ASSERT_TRUE(waiting::untilExposed(*widget));
         widget->activateWindow();
         m_module->activate();
     }
@@ -237,7 +238,7 @@ protected:
     void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
         widget.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&widget));
+        ASSERT_TRUE(waiting::untilActive(widget));
         widget.setFocus();
         QTest::keyClick(&widget, key, modifiers);
     }

@@ -36,6 +36,7 @@ private:
     QEventLoop m_loop;
     QString m_failure;
     double m_seconds = 0.0;
+    double m_fillSeconds = 0.0; ///< one search through all B-scans, as each cut begins with
 };
 
 } // namespace kelp::oct::bench

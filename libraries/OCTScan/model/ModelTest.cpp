@@ -8,9 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -221,6 +223,99 @@ TEST_F(Model, IsTheSameForBothEyesWithinTheMeasuredSectors)
             }
         });
         EXPECT_LT(worst, 1e-9);
+    }
+}
+
+TEST_F(Model, HoldsTheMeanThicknessOfBothEyesWithinTheSearchRanges)
+{
+    // On the horizontal meridian the published sector of either side, at the middle of each ring,
+    // lies within what the narrower search ranges leave (2.7 deviations).
+    struct Sides
+    {
+        const char* upper;
+        const char* lower;
+        std::array<double, 2> inner; ///< nasal, temporal
+        std::array<double, 2> outer;
+    };
+    for (const Sides& sides : {Sides{"ILM", "GCL", {20.1, 16.8}, {46.1, 19.2}},
+                               Sides{"GCL", "INL", {92.5, 87.7}, {71.7, 69.5}},
+                               Sides{"INL", "ONL", {70.3, 67.6}, {63.3, 60.3}},
+                               Sides{"ONL", "ISe", {100.5, 98.0}, {83.9, 83.8}}}) {
+        const Entry& pair = entry(sides.upper, sides.lower);
+        for (const auto& [millimetres, ring] :
+             {std::pair{1.0, sides.inner}, std::pair{2.25, sides.outer}}) {
+            const auto step = static_cast<std::size_t>(std::lround(millimetres / stepX));
+            for (const std::size_t column : {foveaColumn - step, foveaColumn + step}) {
+                const double mean = pair.means[foveaRow][column];
+                const double reach = 2.7 * pair.variances[foveaRow][column] / 3.0;
+                for (const double published : ring) {
+                    EXPECT_LT(std::abs(mean - published), reach) << sides.upper << " " << column;
+                }
+            }
+        }
+    }
+}
+
+/// What the spread of a distance is made of at one place, but for the side of the eye: the error of
+/// a found fovea, from the means around, and the published deviations of the layers, which a point
+/// exceeds by half.
+double varianceWithoutSide(const Matrix& means, std::size_t row, std::size_t column,
+                           const std::vector<double>& publishedDeviations)
+{
+    const double alongX = (means[row][column + 1] - means[row][column - 1]) / (2.0 * stepX);
+    const double alongY = (means[row + 1][column] - means[row - 1][column]) / (2.0 * stepY);
+    double variance = 0.1 * 0.1 * (alongX * alongX + alongY * alongY);
+    for (const double deviation : publishedDeviations) {
+        variance += 1.5 * 1.5 * deviation * deviation;
+    }
+    return variance;
+}
+
+/// Distances that begin at the ILM hold the nerve fibres, which differ most between the sides.
+struct OuterRing
+{
+    const char* lower;
+    double nasal; ///< published mean thickness
+    double temporal;
+    std::vector<double> deviations; ///< published, of each layer
+};
+
+const OuterRing ringsBelowILM[] = {
+    {"GCL", 46.1, 19.2, {5.5}},
+    {"INL", 46.1 + 71.7, 19.2 + 69.5, {5.5, 6.2}},
+    {"ONL", 46.1 + 71.7 + 63.3, 19.2 + 69.5 + 60.3, {5.5, 6.2, 5.3}},
+};
+constexpr double outerRing = 2.25; // mm
+
+TEST_F(Model, CountsAQuarterOfTheDifferenceOfNasalAndTemporalAsADeviation)
+{
+    const auto step = static_cast<std::size_t>(std::lround(outerRing / stepX));
+    for (const OuterRing& ring : ringsBelowILM) {
+        const Entry& pair = entry("ILM", ring.lower);
+        for (const std::size_t column : {foveaColumn - step, foveaColumn + step}) {
+            const double deviation = pair.variances[foveaRow][column] / 3.0;
+            const double ofSide =
+                deviation * deviation -
+                varianceWithoutSide(pair.means, foveaRow, column, ring.deviations);
+            ASSERT_GT(ofSide, 0.0) << ring.lower;
+            // The grid misses the middle of the ring by 4 micrometres, hence the tolerance.
+            EXPECT_NEAR(std::sqrt(ofSide) / (ring.nasal - ring.temporal), 0.25, 0.003)
+                << ring.lower << " " << column;
+        }
+    }
+}
+
+TEST_F(Model, KnowsOfNoSideAboveAndBelowTheFovea)
+{
+    const auto step = static_cast<std::size_t>(std::lround(outerRing / stepY));
+    for (const OuterRing& ring : ringsBelowILM) {
+        const Entry& pair = entry("ILM", ring.lower);
+        for (const std::size_t row : {foveaRow - step, foveaRow + step}) {
+            EXPECT_NEAR(
+                pair.variances[row][foveaColumn] / 3.0,
+                std::sqrt(varianceWithoutSide(pair.means, row, foveaColumn, ring.deviations)), 0.01)
+                << ring.lower << " " << row;
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #include "BScanRenderer.h"
 
+#include "DeviceFrame.h"
 #include "GreyImage.h"
 #include "PhantomRandom.h"
 #include "ReflectivityColumn.h"
@@ -121,7 +122,11 @@ QImage BScanRenderer::render(std::size_t bScan, const SurfaceSlice& slice) const
     }
     addSpeckle(image, columns, rows, m_options.noise,
                streamSeed(m_options.seed, Stream::Speckle, bScan));
-    return toGrey(image, columns, rows);
+    QImage grey = toGrey(image, columns, rows);
+    if (m_options.fill) {
+        DeviceFrame(m_options, bScan, slice).paintUncovered(grey);
+    }
+    return grey;
 }
 
 } // namespace kelp::phantom

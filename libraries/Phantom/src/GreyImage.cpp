@@ -8,6 +8,7 @@
 #include <QImageWriter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace kelp::phantom {
 
@@ -19,7 +20,8 @@ QImage toGrey(const std::vector<float>& values, int columns, int rows)
             values.data() + static_cast<std::size_t>(row) * static_cast<std::size_t>(columns);
         uchar* target = image.scanLine(row);
         for (int column = 0; column < columns; ++column) {
-            target[column] = static_cast<uchar>(std::clamp(source[column], 0.0F, 255.0F) + 0.5F);
+            target[column] =
+                static_cast<uchar>(std::floor(std::clamp(source[column], 0.0F, 255.0F) + 0.5F));
         }
     }
     return image;

@@ -1,6 +1,7 @@
 #include "Phantom.h"
 
 #include "BScanRenderer.h"
+#include "DeviceFrame.h"
 #include "ExportXml.h"
 #include "GreyImage.h"
 #include "LocalizerRenderer.h"
@@ -160,6 +161,11 @@ public:
         result.xmlPath = folder.absoluteFilePath("export.xml");
         result.seriesId = seriesIdOf(m_options);
         result.surfaces = truthOf(m_options, m_slices);
+        for (std::size_t bScan = 0; bScan < m_slices.size(); ++bScan) {
+            result.fillPixels.push_back(
+                m_options.fill ? DeviceFrame(m_options, bScan, m_slices[bScan]).uncoveredPixels()
+                               : 0);
+        }
         result.foveaX = m_geometry.fovea.x;
         result.foveaY = m_geometry.fovea.y;
         for (const QString& name : imageFileNames(m_options)) {
@@ -234,6 +240,11 @@ QString problemWith(const Options& options)
         return QString("The noise must be from 0 to %1, not %2.")
             .arg(strongestNoise)
             .arg(options.noise);
+    }
+    if (options.fill && options.rows < DeviceFrame::leastRows) {
+        return QString("The device's fill needs at least %1 rows, not %2.")
+            .arg(DeviceFrame::leastRows)
+            .arg(options.rows);
     }
     if (!imageFormats().contains(options.imageFormat)) {
         return QString("The image format must be one of %1, not \"%2\".")

@@ -37,6 +37,8 @@ struct Options
     QString imageFormat = "tif"; ///< tif, bmp, png, jpg
     double noise = 1.0;          ///< 0 = none, 1 = as a real device
     int localizerSize = 768;
+    /// The device paints what it has no data for white, after it moved and tilted a B-scan.
+    bool fill = false;
 };
 
 /// One surface over the scan: rows[bScan][aScan] of the first pixel at or below it. A surface that
@@ -53,7 +55,8 @@ struct Export
     QString seriesId;
     QStringList imagePaths; ///< the localizer's first, then those of the B-scans
     QList<Surface> surfaces;
-    double foveaX = 0.0; ///< mm on the localizer
+    std::vector<int> fillPixels; ///< one a B-scan
+    double foveaX = 0.0;         ///< mm on the localizer
     double foveaY = 0.0;
 };
 

@@ -29,7 +29,9 @@ struct Moments
 Moments momentsOf(const std::vector<float>& image, int columns, int rows)
 {
     const auto at = [&](int row, int column) {
-        return static_cast<double>(image[static_cast<std::size_t>(row * columns + column)]);
+        return static_cast<double>(
+            image[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns) +
+                  static_cast<std::size_t>(column)]);
     };
     const double count = static_cast<double>(rows - 1) * (columns - 1);
     Moments m;

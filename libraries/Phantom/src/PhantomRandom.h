@@ -27,7 +27,8 @@ enum class Stream : std::uint64_t
     Choroid,
     Brightness,
     Speckle,
-    Localizer
+    Localizer,
+    Frame
 };
 
 /// The seed of a stream, or of one element (such as a B-scan) of it.

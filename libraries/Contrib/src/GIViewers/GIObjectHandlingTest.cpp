@@ -1,3 +1,4 @@
+#include "MouseEvents.h"
 #include "ViewerTestSupport.h"
 #include "kelpGIImageViewer.h"
 #include "kelpTrace.h"
@@ -11,7 +12,6 @@ namespace {
 using kelp::GIImageViewer;
 using viewertest::isInScene;
 using viewertest::makeImage;
-using viewertest::moveMouse;
 using viewertest::RecordingObject;
 using viewertest::RecordingObjectPtr;
 using viewertest::show;
@@ -32,7 +32,7 @@ int guardsOf(const QGraphicsItem& item)
 void drag(GIImageViewer& viewer)
 {
     QTest::mousePress(viewer.viewport(), Qt::LeftButton, Qt::NoModifier, pressPlace);
-    moveMouse(viewer, movePlace, Qt::LeftButton);
+    mouseevents::move(viewer, movePlace, Qt::LeftButton);
     QTest::mouseRelease(viewer.viewport(), Qt::LeftButton, Qt::NoModifier, releasePlace);
 }
 
@@ -111,11 +111,11 @@ TEST(GIObjectHandling, AMoveWithoutAButtonReachesNoObjectInSpiteOfMouseTracking)
     const auto object = RecordingObjectPtr::create();
     object->setActive(true);
     viewer.addGIObject(object);
-    moveMouse(viewer, movePlace);
+    mouseevents::move(viewer, movePlace);
     EXPECT_TRUE(object->moves.isEmpty());
     drag(viewer);
     EXPECT_EQ(object->moves.size(), 1);
-    moveMouse(viewer, movePlace);
+    mouseevents::move(viewer, movePlace);
     EXPECT_EQ(object->moves.size(), 1);
 }
 

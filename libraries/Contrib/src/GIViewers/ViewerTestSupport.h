@@ -1,13 +1,12 @@
 #pragma once
 
+#include "Waiting.h"
 #include "kelpGIObject.h"
 #include "kelpImage.h"
 
-#include <QCoreApplication>
 #include <QGraphicsScene>
 #include <QGraphicsView>
 #include <QTest>
-#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -58,27 +57,7 @@ inline void show(QWidget& widget, const QSize& size = {400, 300})
 {
     widget.resize(size);
     widget.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
-}
-
-/// A move of the mouse with these buttons held, which QTest's own moves do not tell.
-inline void moveMouse(QGraphicsView& view, const QPoint& place,
-                      Qt::MouseButtons buttons = Qt::NoButton)
-{
-    QMouseEvent event(QEvent::MouseMove, place, view.viewport()->mapToGlobal(place), Qt::NoButton,
-                      buttons, Qt::NoModifier);
-    QCoreApplication::sendEvent(view.viewport(), &event);
-}
-
-/// Returns whether the event was taken.
-inline bool turnWheel(QGraphicsView& view, int delta,
-                      Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    const QPoint place = view.viewport()->rect().center();
-    QWheelEvent event(place, view.viewport()->mapToGlobal(place), QPoint(), QPoint(0, delta),
-                      Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
-    QCoreApplication::sendEvent(view.viewport(), &event);
-    return event.isAccepted();
+    ASSERT_TRUE(waiting::untilExposed(widget));
 }
 
 inline bool isInScene(const QGraphicsView& view, const kelp::GIObjectPtr& object)

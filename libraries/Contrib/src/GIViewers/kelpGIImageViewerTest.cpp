@@ -1,5 +1,6 @@
 #include "kelpGIImageViewer.h"
 
+#include "MouseEvents.h"
 #include "ViewerTestSupport.h"
 
 #include <QSignalSpy>
@@ -13,7 +14,6 @@ namespace {
 using kelp::GIImageViewer;
 using viewertest::makeImage;
 using viewertest::show;
-using viewertest::turnWheel;
 
 /// The rectangle of all pixels that are not the scene's background.
 QRect paintedRect(GIImageViewer& viewer)
@@ -140,8 +140,8 @@ TEST(GIImageViewer, TheWheelHasNoEffectUnlessEnabled)
     show(viewer);
     viewer.setZoom(10.0);
     const QTransform before = viewer.viewportTransform();
-    turnWheel(viewer, 120);
-    turnWheel(viewer, -120);
+    mouseevents::turnWheel(viewer, 120);
+    mouseevents::turnWheel(viewer, -120);
     EXPECT_EQ(viewer.viewportTransform(), before) << "neither zoomed nor scrolled";
     EXPECT_EQ(viewer.getZoom(), 10.0);
 }
@@ -153,14 +153,14 @@ TEST(GIImageViewer, TheWheelChangesTheZoomByItsDeltaOverFiveHundred)
     show(viewer);
     viewer.setWheelZoomEnabled(true);
     viewer.setZoom(2.0);
-    EXPECT_TRUE(turnWheel(viewer, 120));
+    EXPECT_TRUE(mouseevents::turnWheel(viewer, 120));
     EXPECT_DOUBLE_EQ(viewer.getZoom(), 2.0 + 120.0 * 2.0 / 500.0);
-    turnWheel(viewer, -240);
+    mouseevents::turnWheel(viewer, -240);
     EXPECT_DOUBLE_EQ(viewer.getZoom(), 2.48 - 240.0 * 2.48 / 500.0);
-    turnWheel(viewer, -600);
+    mouseevents::turnWheel(viewer, -600);
     EXPECT_EQ(viewer.getZoom(), 0.1);
     for (int i = 0; i < 40; ++i) {
-        turnWheel(viewer, 120);
+        mouseevents::turnWheel(viewer, 120);
     }
     EXPECT_EQ(viewer.getZoom(), 10.0);
 }
@@ -197,7 +197,7 @@ TEST(GIImageViewer, ADragMovesTheImageWithTheMouse)
     viewer.setZoom(10.0);
     const QPointF grabbed = viewer.mapToScene(QPoint(200, 150));
     QTest::mousePress(viewer.viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 150));
-    viewertest::moveMouse(viewer, QPoint(230, 140), Qt::LeftButton);
+    mouseevents::move(viewer, QPoint(230, 140), Qt::LeftButton);
     QTest::mouseRelease(viewer.viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(230, 140));
     EXPECT_EQ(viewer.mapFromScene(grabbed), QPoint(230, 140));
 }

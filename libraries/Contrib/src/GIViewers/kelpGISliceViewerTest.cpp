@@ -1,5 +1,6 @@
 #include "kelpGISliceViewer.h"
 
+#include "MouseEvents.h"
 #include "ViewerTestSupport.h"
 
 #include <QSignalSpy>
@@ -9,7 +10,6 @@ namespace {
 using kelp::GISliceViewer;
 using viewertest::isInScene;
 using viewertest::makeImage;
-using viewertest::moveMouse;
 using viewertest::RecordingObjectPtr;
 using viewertest::show;
 
@@ -198,10 +198,10 @@ TEST(GISliceViewer, TellsTheObjectsOfAllSlicesWhetherActiveOrNot)
     viewer.addGIObject(elsewhere, 1);
     viewer.addGIObject(passive);
     const QPoint place(100, 90);
-    moveMouse(viewer, place);
+    mouseevents::move(viewer, place);
     EXPECT_TRUE(here->moves.isEmpty()) << "no button is down";
     QTest::mousePress(viewer.viewport(), Qt::LeftButton, Qt::NoModifier, place);
-    moveMouse(viewer, place, Qt::LeftButton);
+    mouseevents::move(viewer, place, Qt::LeftButton);
     QTest::mouseRelease(viewer.viewport(), Qt::LeftButton, Qt::NoModifier, place);
     const QList<QPointF> once{viewer.mapToScene(place)};
     for (const auto& object : {here, elsewhere}) {

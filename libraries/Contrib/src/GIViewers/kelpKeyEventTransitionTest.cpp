@@ -1,5 +1,7 @@
 #include "kelpKeyEventTransition.h"
 
+#include "Waiting.h"
+
 #include <QSignalSpy>
 #include <QState>
 #include <QStateMachine>
@@ -29,7 +31,7 @@ protected:
         m_machine.addState(&m_picking);
         m_machine.setInitialState(&m_idle);
         m_machine.start();
-        ASSERT_TRUE(QTest::qWaitFor([this] { return isIn(m_idle); }));
+        ASSERT_TRUE(waiting::until([this] { return isIn(m_idle); }));
     }
     void TearDown() override
     {

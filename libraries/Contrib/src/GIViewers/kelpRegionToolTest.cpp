@@ -1,5 +1,6 @@
 #include "kelpRegionTool.h"
 
+#include "MouseEvents.h"
 #include "ViewerTestSupport.h"
 #include "kelpGIImageViewer.h"
 
@@ -8,7 +9,6 @@
 namespace {
 
 using kelp::RegionTool;
-using viewertest::moveMouse;
 
 constexpr QPoint a(50, 60);
 constexpr QPoint b(150, 60);
@@ -60,9 +60,9 @@ TEST_F(RegionToolInViewer, CollectsClicksAndTellsOfThePolygonAtTheRightClick)
     QSignalSpy created(&m_tool, SIGNAL(polygonCreated(QPolygonF)));
     QSignalSpy createdAt(&m_tool, SIGNAL(polygonCreated(QPolygonF, QPointF)));
     click(a);
-    moveMouse(m_viewer, b);
+    mouseevents::move(m_viewer, b);
     click(b);
-    moveMouse(m_viewer, c);
+    mouseevents::move(m_viewer, c);
     click(c);
     EXPECT_EQ(created.size(), 0);
     click(c, Qt::RightButton);
@@ -78,9 +78,9 @@ TEST_F(RegionToolInViewer, CollectsClicksAndTellsOfThePolygonAtTheRightClick)
 TEST_F(RegionToolInViewer, MovingTheMouseWithoutAButtonChangesOnlyTheLastPoint)
 {
     click(a);
-    moveMouse(m_viewer, b);
+    mouseevents::move(m_viewer, b);
     EXPECT_EQ(m_tool.getPolygon(), polygon({scene(a), scene(b)}));
-    moveMouse(m_viewer, c);
+    mouseevents::move(m_viewer, c);
     EXPECT_EQ(m_tool.getPolygon(), polygon({scene(a), scene(c)}));
     EXPECT_EQ(shown(), m_tool.getPolygon());
 }
@@ -88,8 +88,8 @@ TEST_F(RegionToolInViewer, MovingTheMouseWithoutAButtonChangesOnlyTheLastPoint)
 TEST_F(RegionToolInViewer, DraggingWithTheLeftButtonDrawsFreehand)
 {
     QTest::mousePress(m_viewer.viewport(), Qt::LeftButton, Qt::NoModifier, a);
-    moveMouse(m_viewer, b, Qt::LeftButton);
-    moveMouse(m_viewer, c, Qt::LeftButton);
+    mouseevents::move(m_viewer, b, Qt::LeftButton);
+    mouseevents::move(m_viewer, c, Qt::LeftButton);
     QTest::mouseRelease(m_viewer.viewport(), Qt::LeftButton, Qt::NoModifier, c);
     EXPECT_EQ(m_tool.getPolygon(), polygon({scene(a), scene(a), scene(b), scene(c)}));
 }

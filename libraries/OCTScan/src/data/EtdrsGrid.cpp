@@ -1,5 +1,6 @@
 #include "EtdrsGrid.h"
 
+#include "EtdrsCoverage.h"
 #include "kelpCheck.h"
 
 #include <QStringList>
@@ -11,10 +12,11 @@ namespace kelp::oct {
 
 namespace {
 
-// Squared radii of the circles, mm.
-constexpr double centerSquared = 0.25;
-constexpr double innerRingSquared = 2.25;
-constexpr double outerRingSquared = 9.0;
+/// mm^2. The radii are halves, so that their squares are exact.
+constexpr double squaredRadius(int circle)
+{
+    return etdrsRadii[circle] * etdrsRadii[circle];
+}
 
 struct Column
 {
@@ -121,9 +123,8 @@ void addAScan(Sums& sums, const std::array<SurfacePair, EtdrsTable::nrRows>& pai
     }
 }
 
-EtdrsTable meansOf(const Sums& sums)
+void fillMeans(EtdrsTable& table, const Sums& sums)
 {
-    EtdrsTable table;
     for (std::size_t row = 0; row < sums.size(); ++row) {
         for (std::size_t column = 0; column < sums[row].size(); ++column) {
             const Sum& sum = sums[row][column];
@@ -132,7 +133,25 @@ EtdrsTable meansOf(const Sums& sums)
             }
         }
     }
-    return table;
+}
+
+/// What the scan's own A-scans have given, and what would follow beyond its borders.
+void fillExpected(EtdrsTable& table, const AScansOfSectors& beyondScan)
+{
+    const auto columnOfSector = columnsOfSectors();
+    for (std::size_t sector = 0; sector < beyondScan.size(); ++sector) {
+        SectorCoverage& coverage = table.coverage[columnOfSector[sector]];
+        coverage.expected = coverage.inside + beyondScan[sector];
+    }
+}
+
+QString coverageLine(const EtdrsTable& table, const char* label, int SectorCoverage::*number)
+{
+    QString line = QString::fromLatin1(label);
+    for (const SectorCoverage& coverage : table.coverage) {
+        line += "\t" + QString::number(coverage.*number);
+    }
+    return line + "\n";
 }
 
 } // namespace
@@ -142,17 +161,17 @@ EtdrsSector etdrsSector(const CoordOnLocalizer& point, const CoordOnLocalizer& f
     const double dx = point.x - fovea.x;
     const double dz = point.y - fovea.y;
     const double squaredDistance = dx * dx + dz * dz;
-    if (!(squaredDistance > centerSquared)) {
+    if (!(squaredDistance > squaredRadius(0))) {
         return EtdrsSector::C;
     }
     const bool isTemporal = dx * (rightEye ? -1.0 : 1.0) > 0.0;
     const bool isInferior = dz > 0.0;
     const bool isSteep = dx == 0.0 || std::abs(dz / dx) > 1.0;
-    if (squaredDistance <= innerRingSquared) {
+    if (squaredDistance <= squaredRadius(1)) {
         return isSteep ? (isInferior ? EtdrsSector::I1 : EtdrsSector::S1)
                        : (isTemporal ? EtdrsSector::T1 : EtdrsSector::N1);
     }
-    if (squaredDistance <= outerRingSquared) {
+    if (squaredDistance <= squaredRadius(2)) {
         return isSteep ? (isInferior ? EtdrsSector::I2 : EtdrsSector::S2)
                        : (isTemporal ? EtdrsSector::T2 : EtdrsSector::N2);
     }
@@ -209,6 +228,8 @@ QString EtdrsTable::toTabSeparated() const
         }
         text += "\n";
     }
+    text += coverageLine(*this, "A-scans", &SectorCoverage::counted);
+    text += coverageLine(*this, "A-scans expected", &SectorCoverage::expected);
     return text;
 }
 
@@ -233,22 +254,27 @@ EtdrsTable measureEtdrs(const OCTScanSegPtr& segmentation, const CoordOnLocalize
     const double axialSpacing = scan->getVolumeSpacing().y;
     const bool rightEye = isRightEye(*scan);
     const auto columnOfSector = columnsOfSectors();
+    EtdrsTable table;
     Sums sums{};
     for (unsigned i = 0; i < mask->rows; ++i) {
         for (unsigned j = 0; j < nrAScans; ++j) {
-            if ((*mask)(i, j) != 0) {
-                continue;
-            }
             const CoordOnLocalizer position =
                 scan->volumeIndexToLocalizerCoords(static_cast<int>(i), static_cast<int>(j));
             const EtdrsSector sector = etdrsSector(position, fovea, rightEye);
-            if (sector != EtdrsSector::Outside) {
-                addAScan(sums, pairs, columnOfSector[static_cast<std::size_t>(sector)], i, j,
-                         axialSpacing);
+            if (sector == EtdrsSector::Outside) {
+                continue;
+            }
+            const std::size_t column = columnOfSector[static_cast<std::size_t>(sector)];
+            ++table.coverage[column].inside;
+            if ((*mask)(i, j) == 0) {
+                ++table.coverage[column].counted;
+                addAScan(sums, pairs, column, i, j, axialSpacing);
             }
         }
     }
-    return meansOf(sums);
+    fillMeans(table, sums);
+    fillExpected(table, aScansBeyondScan(*scan, static_cast<int>(nrAScans), fovea));
+    return table;
 }
 
 CoordOnLocalizer foveaOrCenter(const OCTScanSegPtr& segmentation)

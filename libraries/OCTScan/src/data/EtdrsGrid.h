@@ -1,11 +1,13 @@
 #pragma once
 
 #include "CoordOnLocalizer.h"
+#include "EtdrsCircles.h"
 #include "LayerName.h"
 #include "OCTScanSegmentation.h"
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <array>
 #include <optional>
@@ -36,6 +38,20 @@ EtdrsSector etdrsSector(const CoordOnLocalizer& point, const CoordOnLocalizer& f
 /// Whether the localizer's "Laterality" is "R".
 bool isRightEye(const OCTScan& scan);
 
+/// What the means of one sector stand on, in A-scans.
+struct SectorCoverage
+{
+    int counted = 0; ///< inside the scan and not masked
+    int inside = 0;  ///< inside the scan
+    /// The scan's grid, continued beyond its borders as it is spaced, would have so many: B-scans
+    /// along their lines, and in volumes further B-scans before the first and behind the last.
+    /// Circles are closed and have no more than they hold.
+    int expected = 0;
+
+    /// The scan's border takes a part of the sector that matters.
+    bool isCut() const;
+};
+
 /// The table of mean thicknesses: rows are pairs of surfaces, columns sectors.
 struct EtdrsTable
 {
@@ -44,6 +60,13 @@ struct EtdrsTable
 
     /// Micrometres; empty where no A-scan counts.
     std::array<std::array<std::optional<double>, nrColumns>, nrRows> means;
+
+    std::array<SectorCoverage, nrColumns> coverage;
+
+    /// Labels of the sectors that the scan's border cuts, in the order of the columns.
+    QStringList cutSectors() const;
+    /// "Sectors T2, S2 are cut by the border of the scan"; empty if none is.
+    QString coverageWarning() const;
 
     /// "NFL", "GCL + IPL", ...
     static QString rowLabel(int row);
@@ -55,7 +78,8 @@ struct EtdrsTable
     /// "-" or the mean with two decimals.
     static QString cellText(const std::optional<double>& mean);
 
-    /// A line of column labels behind an empty cell, then per row its label and its cells.
+    /// A line of column labels behind an empty cell, then per row its label and its cells. Two more
+    /// lines tell the A-scans that each mean stands on, and how many a whole sector would have.
     QString toTabSeparated() const;
 };
 

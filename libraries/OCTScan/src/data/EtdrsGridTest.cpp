@@ -101,12 +101,15 @@ TEST(EtdrsTable, IsALineOfLabelsAndALinePerRow)
     EtdrsTable table;
     table.means[0][0] = 12.345;
     table.means[5][8] = 300.0;
+    table.coverage[1] = {12, 20, 1300};
     const QStringList lines = table.toTabSeparated().split('\n');
-    ASSERT_EQ(lines.size(), 8);
+    ASSERT_EQ(lines.size(), 10);
     EXPECT_EQ(lines[0], "\tC\tN1\tN2\tS1\tS2\tT1\tT2\tI1\tI2");
     EXPECT_EQ(lines[1], "NFL\t12.35\t-\t-\t-\t-\t-\t-\t-\t-");
     EXPECT_EQ(lines[6], "Complete Retina\t-\t-\t-\t-\t-\t-\t-\t-\t300.00");
-    EXPECT_TRUE(lines[7].isEmpty());
+    EXPECT_EQ(lines[7], "A-scans\t0\t12\t0\t0\t0\t0\t0\t0\t0");
+    EXPECT_EQ(lines[8], "A-scans expected\t0\t1300\t0\t0\t0\t0\t0\t0\t0");
+    EXPECT_TRUE(lines[9].isEmpty());
 }
 
 /// A volume of 7 mm by 7 mm and six surfaces of known distances.

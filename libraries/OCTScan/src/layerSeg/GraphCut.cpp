@@ -1,6 +1,7 @@
 #include "GraphCut.h"
 
 #include "SegStep.h"
+#include "StopWatch.h"
 
 #include <algorithm>
 
@@ -24,7 +25,7 @@ void copyLayer(const VolumeLayerPtr& source, const VolumeLayerPtr& target)
 
 GraphCut::GraphCut(const QList<kelp::ImagePtr>& images, const CutPlan& plan,
                    const MaskMatrixPtr& mask, const QSharedPointer<SegWatcher>& watcher)
-    : m_watcher(watcher),
+    : m_properties(plan.properties), m_mask(mask), m_watcher(watcher),
       m_graph(new SliceStackGraphQPBO(images, plan.properties, mask, watcher, plan.edgeFactor))
 {
 }
@@ -62,11 +63,26 @@ bool GraphCut::solve(const Place& place, const char* notBuilt,
     if (!goesOn()) {
         return false;
     }
+    measureQuality();
     m_watcher->setStatus("Setting layers");
     for (const Target& target : targets) {
         copyLayer(m_graph->getLayer(target.name), target.layer);
     }
     return true;
+}
+
+void GraphCut::measureQuality()
+{
+    const StopWatch watch;
+    QList<VolumeLayerPtr> layers;
+    for (const LayerNamePtr& name : m_properties.getLayerNames()) {
+        layers.append(m_graph->getLayer(name));
+    }
+    const QList<SurfaceQuality> quality =
+        measureCutQuality(m_properties, *m_mask, layers, [this](int layer, unsigned z, unsigned x) {
+            return !m_graph->hasRow(layer, x, z);
+        });
+    m_watcher->addCutQuality(quality, watch.seconds());
 }
 
 } // namespace kelp::oct

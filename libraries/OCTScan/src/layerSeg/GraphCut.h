@@ -36,6 +36,10 @@ public:
     bool solve(const Place& place, const char* notBuilt, std::initializer_list<Target> targets);
 
 private:
+    void measureQuality();
+
+    SliceStackProperties m_properties;
+    MaskMatrixPtr m_mask;
     QSharedPointer<SegWatcher> m_watcher;
     QSharedPointer<SliceStackGraphQPBO> m_graph;
 };

@@ -1,18 +1,8 @@
-#include "HeidelbergExport.h"
-#include "OCTDecoderHeidelbergXML.h"
-#include "Phantom.h"
-#include "SegInterface.h"
-#include "SegmentationChains.h"
-#include "TestRunRecorder.h"
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QTemporaryDir>
+#include "SegmentationQuality.h"
+#include "TestPhantomChains.h"
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <initializer_list>
 #include <map>
@@ -20,86 +10,31 @@
 namespace kelp::oct {
 namespace {
 
-using test::RunRecorder;
+using test::PhantomChains;
+using test::smallPhantom;
 using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-/// A whole chain, from a synthetic export to its surfaces, on a real worker thread.
-struct PhantomChains : testing::Test
-{
-    int argumentCount = 1;
-    char program[5] = "test";
-    char* arguments[2] = {program, nullptr};
-    QCoreApplication application{argumentCount, arguments};
-    QTemporaryDir folder;
-    phantom::Export phantom;
-    OCTScanSegPtr segmentation;
-
-    void make(phantom::Options options)
-    {
-        options.localizerSize = 384;
-        phantom = phantom::writeExport(folder.path(), options);
-        createOCTDecoderHeidelbergXMLFactory();
-        const OCTScanPtr scan = makeScan(phantom.xmlPath, phantom.seriesId, phantom.imagePaths);
-        scan->ensureLoaded();
-        segmentation = OCTScanSegPtr(new OCTScanSegmentation(scan));
-    }
-    /// Runs the chain until so many successes or a failure; gives the failures.
-    std::vector<std::string> run(SegmentationChain chain, int successes = 1)
-    {
-        SegInterface segInterface;
-        const RunRecorder recorder(segInterface);
-        segInterface.resetSegmentation();
-        queueChain(segInterface, segmentation, chain, false, false);
-        QElapsedTimer timer;
-        timer.start();
-        while ((successes == 0 || recorder.count("success") < successes) &&
-               recorder.failures().empty() && timer.elapsed() < 300000) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
-        }
-        EXPECT_EQ(recorder.count("success"), successes);
-        return recorder.failures();
-    }
-    /// Mean absolute distance from the truth in rows, by surface.
-    std::map<std::string, double> errors() const
-    {
-        QStringList stored;
-        for (const LayerNamePtr& name : segmentation->getAllLayerNames()) {
-            stored.append(name->getIdentifier());
-        }
-        std::map<std::string, double> means;
-        for (const phantom::Surface& truth : phantom.surfaces) {
-            const LayerNamePtr name = LayerName::fromIdentifier(truth.identifier);
-            const VolumeLayerPtr found = stored.contains(truth.identifier)
-                                             ? segmentation->getVolumeLayer(name)
-                                             : VolumeLayerPtr();
-            double sum = 0.0;
-            for (unsigned z = 0; found && z < found->rows; ++z) {
-                for (unsigned x = 0; x < found->columns; ++x) {
-                    sum += std::abs((*found)(z, x) - truth.rows[z][x]);
-                }
-            }
-            if (found) {
-                means[truth.identifier.toStdString()] = sum / static_cast<double>(found->size());
-            }
-        }
-        return means;
-    }
-};
-
-phantom::Options small(phantom::Pattern pattern, phantom::Kind kind)
-{
-    phantom::Options options;
-    options.pattern = pattern;
-    options.kind = kind;
-    options.aScans = 192;
-    options.bScans = 7;
-    return options;
-}
-
 struct EveryPattern : PhantomChains, testing::WithParamInterface<phantom::Pattern>
 {
+    /// The last run has figures for every B-scan of every surface, and they raise no doubt.
+    void expectGoodFigures(const QStringList& surfaces)
+    {
+        QStringList measured;
+        for (const StepStatistics& step : statistics) {
+            for (const SurfaceQuality& quality : step.surfaces) {
+                measured.append(quality.surface);
+                EXPECT_EQ(quality.bScans.size(), segmentation->getOCT()->getBScanCount());
+                for (const QualityCounts& counts : quality.bScans) {
+                    const bool isCoarse = quality.surface.endsWith("oarse");
+                    EXPECT_EQ(counts.aScans, isCoarse ? 12 : 192);
+                }
+            }
+        }
+        EXPECT_EQ(measured, surfaces);
+        EXPECT_THAT(qualityWarnings(statistics), IsEmpty());
+    }
     void expectBelow(std::initializer_list<const char*> identifiers, double rows)
     {
         std::map<std::string, double> found = errors();
@@ -112,29 +47,32 @@ struct EveryPattern : PhantomChains, testing::WithParamInterface<phantom::Patter
 
 TEST_P(EveryPattern, TheNormalChainFindsTheSurfacesOfAHealthyEye)
 {
-    make(small(GetParam(), phantom::Kind::Normal));
+    make(smallPhantom(GetParam(), phantom::Kind::Normal));
     // On a circular B-scan the RPE step holds a step of its own.
     const int successes = GetParam() == phantom::Pattern::Circle ? 3 : 1;
     EXPECT_THAT(run(SegmentationChain::Normal, successes), IsEmpty());
     expectBelow({"ILM", "ISe", "BM"}, 1.5);
     expectBelow({"GCL", "INL", "ONL"}, 3.0);
+    expectGoodFigures({"ILMcoarse", "ISeCoarse", "ILM", "ISe", "BM", "GCL", "INL", "ONL"});
 }
 
 TEST_P(EveryPattern, TheDrusenChainFindsTheSurfacesOverDrusen)
 {
-    make(small(GetParam(), phantom::Kind::Drusen));
+    make(smallPhantom(GetParam(), phantom::Kind::Drusen));
     EXPECT_THAT(run(SegmentationChain::Drusen), IsEmpty());
     expectBelow({"ILM"}, 1.5);
     expectBelow({"BM"}, 2.0);
     expectBelow({"GCL", "INL", "ONL", "ISe", "IRPE"}, 3.0);
+    expectGoodFigures({"ILMcoarse", "ISeCoarse", "ILM", "BM", "ISe", "IRPE", "GCL", "INL", "ONL"});
 }
 
 TEST_P(EveryPattern, TheMouseChainFindsTheSurfacesOfAMouse)
 {
-    make(small(GetParam(), phantom::Kind::Mouse));
+    make(smallPhantom(GetParam(), phantom::Kind::Mouse));
     EXPECT_THAT(run(SegmentationChain::Mouse), IsEmpty());
     expectBelow({"ILM", "ISe"}, 1.5);
     expectBelow({"GCL", "INL", "ONL"}, 3.0);
+    expectGoodFigures({"ILMcoarse", "ISeCoarse", "ILM", "ISe", "BM", "GCL", "INL", "ONL"});
 }
 
 std::string patternName(const testing::TestParamInfo<phantom::Pattern>& pattern)
@@ -150,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(Phantom, EveryPattern,
 
 TEST_F(PhantomChains, AStarFailsAtTheFirstStepWithItsText)
 {
-    make(small(phantom::Pattern::Star, phantom::Kind::Normal));
+    make(smallPhantom(phantom::Pattern::Star, phantom::Kind::Normal));
     for (const SegmentationChain chain :
          {SegmentationChain::Normal, SegmentationChain::Drusen, SegmentationChain::Mouse}) {
         const std::vector<std::string> failures = run(chain, 0);
@@ -168,7 +106,7 @@ constexpr std::uint8_t whiteOfTheDevice = 255;
 
 TEST_F(PhantomChains, TheDevicesFillDrawsNoSurfaceToIt)
 {
-    phantom::Options options = small(phantom::Pattern::Volume, phantom::Kind::Normal);
+    phantom::Options options = smallPhantom(phantom::Pattern::Volume, phantom::Kind::Normal);
     options.aScans = 128;
     make(options);
     // White right below the retina, as in B-scans that were moved up: its edge is far stronger than

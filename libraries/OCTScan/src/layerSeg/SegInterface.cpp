@@ -13,9 +13,6 @@ namespace {
 
 constexpr const char* sourcePath = "libraries/OCTScan/src/layerSeg/SegInterface";
 
-/// How long a step under way may take to notice the abort flag.
-constexpr int stopMilliseconds = 5000;
-
 } // namespace
 
 SegInterface::SegInterface() : m_watcher(new SegWatcher), m_worker(new SegWorker(m_watcher))

@@ -20,6 +20,10 @@ class SegInterface : public QObject
     Q_OBJECT
 
 public:
+    /// How long a step under way may take to notice that it is to stop; it needs a tenth of a
+    /// second of its processor.
+    static constexpr int stopMilliseconds = 5000;
+
     SegInterface();
     ~SegInterface() override;
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CutQuality.h"
+
 #include <QList>
 #include <QString>
 
@@ -23,6 +25,8 @@ struct StepStatistics
     QString name; ///< the slot's, for instance "segmentCoarse"
     double seconds = 0.0;
     QList<CutStatistics> cuts;
+    QList<SurfaceQuality> surfaces;  ///< of all cuts of the step
+    double qualitySeconds = 0.0;     ///< what counting them took, within seconds
     std::size_t peakMemoryBytes = 0; ///< highest resident size of the process so far
 };
 

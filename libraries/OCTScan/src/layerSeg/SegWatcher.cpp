@@ -129,6 +129,16 @@ void SegWatcher::addCutStatistics(const CutStatistics& cut)
     }
 }
 
+void SegWatcher::addCutQuality(const QList<SurfaceQuality>& surfaces, double seconds)
+{
+    const std::lock_guard lock(m_statisticsMutex);
+    if (!m_openSteps.isEmpty()) {
+        StepStatistics& step = m_statistics[m_openSteps.last().index];
+        step.surfaces.append(surfaces);
+        step.qualitySeconds += seconds;
+    }
+}
+
 QList<StepStatistics> SegWatcher::getStatistics() const
 {
     const std::lock_guard lock(m_statisticsMutex);

@@ -47,6 +47,8 @@ public:
     void beginStepStatistics(const QString& name);
     void endStepStatistics();
     void addCutStatistics(const CutStatistics& cut);
+    /// How the surfaces of a cut came out; seconds is what finding it out took.
+    void addCutQuality(const QList<SurfaceQuality>& surfaces, double seconds);
     /// The last thing that a step does with this object.
     void leaveStep();
     QList<StepStatistics> getStatistics() const;

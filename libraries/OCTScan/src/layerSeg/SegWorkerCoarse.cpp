@@ -42,17 +42,17 @@ void checkSizes(const OCTScan& scan)
         const kelp::Image& image = *images.at(index);
         const kelp::Image& first = *images.first();
         if (image.getColumns() < fewestAScans || image.getRows() < fewestRows) {
-            throw Exception(QString("The scan is too small to be segmented: BScan %1 has %2, but "
-                                    "%3 and %4 are needed.")
-                                .arg(index)
+            throw Exception(QString("The scan is too small to be segmented: B-scan %1 has %2, "
+                                    "but %3 and %4 are needed.")
+                                .arg(index + 1)
                                 .arg(sizeText(image))
                                 .arg(fewestAScans)
                                 .arg(fewestRows));
         }
         if (image.getColumns() != first.getColumns() || image.getRows() != first.getRows()) {
-            throw Exception(QString("The BScans differ in size: BScan %1 has %2, but BScan 0 has "
-                                    "%3.")
-                                .arg(index)
+            throw Exception(QString("The B-scans differ in size: B-scan %1 has %2, but B-scan 1 "
+                                    "has %3.")
+                                .arg(index + 1)
                                 .arg(sizeText(image), sizeText(first)));
         }
     }
@@ -192,8 +192,8 @@ void SegWorker::segmentILMCoarsePrivate(VolumeLayerPtr& ilmCoarse, double ilmVox
               .arg(patternText(scan)));
 
     checkSizes(*scan);
-    const QList<kelp::ImagePtr> images =
-        segmentationImagesCoarse(*scan, lateralReduction, axialReduction);
+    const QList<kelp::ImagePtr> images = segmentationImagesCoarse(
+        *scan, lateralReduction, axialReduction, m_watcher->getAbortFlag());
     const MaskMatrixPtr coarseMask = makeCoarseMask(mask, place);
     check(coarseMask->rows == static_cast<unsigned>(images.size()), place,
           "Coarse mask matrix dimension does not match the coarse oct dimensions.");

@@ -81,7 +81,8 @@ void SegWorker::segmentPEFineConstantPrivate(const VolumeLayerPtr& iseCoarse,
     const double axial = scan->getSliceSpacing().y;
     const OuterNames names{LayerNameISe::create(), LayerNameBM::create()};
     const CutPlan plan = planOuter(names, iseCoarse, size, params);
-    GraphCut cut(segmentationImages(*scan), plan, params.mask, m_watcher);
+    GraphCut cut(segmentationImages(*scan, m_watcher->getAbortFlag()), plan, params.mask,
+                 m_watcher);
     const QList<SoftDistance> distances =
         constantOuterDistances(names, plan, ilm, params, micrometresToRows(ilm2isosDistMean, axial),
                                ilm2isosDistVarWeight, micrometresToRows(rpeThicknessMean, axial));
@@ -176,7 +177,7 @@ void SegWorker::segmentInnerFineConstantPrivate(
     const InnerNames names{LayerNameGCL::create(), LayerNameINL::create(), LayerNameONL::create()};
     const CutPlan plan = planInner(
         names, size, ranges, constantHardDistances(thicknesses, axial, size), shapeStepZ, params);
-    const QList<kelp::ImagePtr> images = segmentationImages(*scan);
+    const QList<kelp::ImagePtr> images = segmentationImages(*scan, m_watcher->getAbortFlag());
     if (stopped()) {
         return;
     }

@@ -72,7 +72,7 @@ void SegWorker::segmentBMFinePrivate(const VolumeLayerPtr& iseCoarse, const Volu
         return;
     }
 
-    const QList<kelp::ImagePtr> images = segmentationImages(*scan);
+    const QList<kelp::ImagePtr> images = segmentationImages(*scan, m_watcher->getAbortFlag());
     const LayerNamePtr name = LayerNameBM::create();
     const CutPlan plan = planBM(name, iseCoarse, size, params);
     m_watcher->setStepProgress(0.1F);
@@ -164,7 +164,7 @@ void SegWorker::segmentISeIRPEFinePrivate(const VolumeLayerPtr& ilm, const Volum
     if (params.irpeShapeOn) {
         trace("adding shape reg IRPE");
     }
-    const QList<kelp::ImagePtr> images = segmentationImages(*scan);
+    const QList<kelp::ImagePtr> images = segmentationImages(*scan, m_watcher->getAbortFlag());
     if (stopped()) {
         return;
     }

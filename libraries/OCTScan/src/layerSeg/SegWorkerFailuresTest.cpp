@@ -121,7 +121,7 @@ TEST_F(Failures, ATinyScanIsRefusedInWords)
         EXPECT_EQ(
             failureOf("segmentCoarse", retina.makeSegmentation()),
             QString("Could not segment coarse layers.\nThe scan is too small to be segmented: "
-                    "BScan 0 has %1 A-scans and %2 rows, but 16 and 16 are needed.")
+                    "B-scan 1 has %1 A-scans and %2 rows, but 16 and 16 are needed.")
                 .arg(aScans)
                 .arg(rows)
                 .toStdString());
@@ -133,9 +133,10 @@ TEST_F(Failures, BScansOfDifferentSizesAreRefusedInWords)
     test::TestScan contents = test::lineScan(64, 160, 3);
     contents.images[1] = kelp::Image::create(kelp::MonoUInt8, {64, 120, 1});
     const OCTScanSegPtr segmentation(new OCTScanSegmentation(test::makeTestScan(contents)));
-    EXPECT_EQ(failureOf("segmentCoarse", segmentation),
-              "Could not segment coarse layers.\nThe BScans differ in size: BScan 1 has 64 A-scans "
-              "and 120 rows, but BScan 0 has 64 A-scans and 160 rows.");
+    EXPECT_EQ(
+        failureOf("segmentCoarse", segmentation),
+        "Could not segment coarse layers.\nThe B-scans differ in size: B-scan 2 has 64 A-scans "
+        "and 120 rows, but B-scan 1 has 64 A-scans and 160 rows.");
 }
 
 } // namespace

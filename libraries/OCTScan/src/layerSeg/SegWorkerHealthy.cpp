@@ -128,7 +128,7 @@ void SegWorker::segmentPEFineConstrainedPrivate(const VolumeLayerPtr& iseCoarse,
     m_watcher->setStepProgress(0.05F);
     const OuterNames names{LayerNameISe::create(), LayerNameBM::create()};
     const CutPlan plan = planOuter(names, iseCoarse, size, params);
-    const QList<kelp::ImagePtr> images = segmentationImages(*scan);
+    const QList<kelp::ImagePtr> images = segmentationImages(*scan, m_watcher->getAbortFlag());
     if (stopped()) {
         return;
     }
@@ -283,7 +283,7 @@ void SegWorker::segmentInnerFineConstrainedPrivate(
                                        maximumOf(inlOnl)};
     const CutPlan plan = planInner(names, size, ranges, hardDistances, shapeStepZ, params);
 
-    const QList<kelp::ImagePtr> images = segmentationImages(*scan);
+    const QList<kelp::ImagePtr> images = segmentationImages(*scan, m_watcher->getAbortFlag());
     if (stopped()) {
         return;
     }

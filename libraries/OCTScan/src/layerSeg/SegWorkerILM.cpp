@@ -101,7 +101,7 @@ void SegWorker::segmentILMFineRegularizedPrivate(const VolumeLayerPtr& ilm,
         return;
     }
 
-    const QList<kelp::ImagePtr> images = segmentationImages(*scan);
+    const QList<kelp::ImagePtr> images = segmentationImages(*scan, m_watcher->getAbortFlag());
     const LayerNamePtr name = LayerNameILM::create();
     const CutPlan plan = planILM(name, ilmCoarse, size, params);
     m_watcher->setStepProgress(0.1F);

@@ -470,6 +470,59 @@ TEST_F(Steps, MaskedColumnsTakeNoPartInTheCuts)
     worker.segmentILMFine(segmentation, false, false);
     EXPECT_THAT(recorder.failures(), IsEmpty());
     EXPECT_EQ(watcher->getStatistics().last().cuts.last().columns, 2U * 64U);
+    const SurfaceQuality quality = watcher->getStatistics().last().surfaces.last();
+    EXPECT_EQ(quality.bScans[0], QualityCounts());
+    EXPECT_EQ(quality.all().aScans, 2 * 64);
+}
+
+TEST_F(Steps, EachStepTellsHowItsSurfacesCameOut)
+{
+    Retina retina;
+    retina.surfaces = {40, 50, 70, 88, 104, 127};
+    retina.darkUnderISe = {6, 11};
+    use(retina);
+    plan(4);
+    coarseAndILM();
+    worker.segmentBMFine(segmentation);
+    worker.segmentISeIRPEFineDrusen(segmentation);
+    EXPECT_THAT(recorder.failures(), IsEmpty());
+    std::vector<std::string> told;
+    for (const StepStatistics& step : watcher->getStatistics()) {
+        for (const SurfaceQuality& quality : step.surfaces) {
+            EXPECT_EQ(quality.bScans.size(), 3);
+            told.push_back((step.name + ' ' + quality.surface).toStdString() + ' ' +
+                           std::to_string(quality.all().aScans));
+            EXPECT_EQ(quality.all().withoutRow, 0);
+        }
+    }
+    EXPECT_THAT(told, ElementsAre("segmentCoarse ILMcoarse 12", "segmentCoarse ISeCoarse 12",
+                                  "segmentILMFine ILM 192", "segmentBMFine BM 192",
+                                  "segmentISeIRPEFineDrusen ISe 192",
+                                  "segmentISeIRPEFineDrusen IRPE 192"));
+}
+
+TEST_F(Steps, SurfacesThatFindNoPlaceAreToldOf)
+{
+    use(Retina());
+    // Twenty rows are too few for GCL, INL and ONL with the distances wanted here.
+    set(40, LayerNameILM::create());
+    set(60, LayerNameISe::create());
+    InnerDistProps props{};
+    props.gcl2inlDistMin = 100.0F;
+    props.gcl2inlDistMax = 200.0F;
+    props.inl2onlDistMin = 100.0F;
+    props.inl2onlDistMax = 200.0F;
+    plan(1);
+    worker.segmentInnerFineConstant(segmentation, props);
+    EXPECT_THAT(recorder.failures(), IsEmpty());
+    int withoutRow = 0;
+    const QList<StepStatistics> statistics = watcher->getStatistics();
+    for (const SurfaceQuality& quality : statistics.last().surfaces) {
+        EXPECT_EQ(quality.all().withoutRoom, 3 * 64) << quality.surface.toStdString();
+        withoutRow += quality.all().withoutRow;
+    }
+    EXPECT_GE(withoutRow, 2 * 3 * 64);
+    EXPECT_EQ(storedLayers().size(), 5) << "the layers are stored all the same";
 }
 
 TEST_F(Steps, AnAbortBeforeStoringStoresNothing)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "SliceStackGraphQPBO.h"
+#include "StopWatch.h"
 #include "kelpException.h"
 
-#include <chrono>
 #include <exception>
 
 /// What the source files of SliceStackGraphQPBO share.
@@ -11,18 +11,6 @@ namespace kelp::oct {
 
 /// The cost of what must not be.
 constexpr int hardWeight = 1000000000;
-
-class StopWatch
-{
-public:
-    double seconds() const
-    {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
-    }
-
-private:
-    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
-};
 
 /// Adds the life of the object to the time that building took.
 class SliceStackGraphQPBO::BuildTimer

@@ -150,7 +150,7 @@ TEST_F(SliceStackFrameTest, ARangeOfFewerThanTwoRowsIsRefusedByName)
     (*m_cut.surfaces[1].bottom)(1, 2) = 5;
     EXPECT_EQ(failure<Exception>([&] { m_cut.build(); }),
               "The search range of layer " + m_ise->getLongName().toStdString() +
-                  " has fewer than two rows at B-scan 1, A-scan 2: 4 to 5.");
+                  " has fewer than two rows at B-scan 2, A-scan 3: 4 to 5.");
     // Where the mask excludes the column its range does not matter.
     (*m_cut.mask)(1, 2) = 1;
     EXPECT_TRUE(m_cut.build()->isGraphValid());

@@ -60,6 +60,7 @@ SliceStackGraphQPBO::SliceStackGraphQPBO(const QList<kelp::ImagePtr>& images,
     const auto layers = static_cast<std::size_t>(m_properties.getNrOfLayers());
     m_expectedAngles.resize(layers * m_nrBScans * m_nrAScans);
     m_gridColNodeIds.resize(layers * m_nrBScans * m_nrAScans);
+    m_hasRow.resize(m_gridColNodeIds.size());
     kelp::Trace() << "nLayers: " << layers;
 
     checkArguments();
@@ -292,8 +293,8 @@ void SliceStackGraphQPBO::checkColumnHeights(int layer) const
                     QString("The search range of layer %1 has fewer than two rows at B-scan %2, "
                             "A-scan %3: %4 to %5.")
                         .arg(name->getLongName())
-                        .arg(z)
-                        .arg(x)
+                        .arg(z + 1)
+                        .arg(x + 1)
                         .arg((*top)(z, x))
                         .arg((*bottom)(z, x)));
             }
@@ -390,6 +391,7 @@ void SliceStackGraphQPBO::readLabels()
                 for (std::uint32_t id = ids.first; id <= ids.base; ++id) {
                     if (m_solver->GetLabel(static_cast<int>(id)) == 1) {
                         result(z, x) = static_cast<unsigned short>(id - ids.first);
+                        m_hasRow[columnIndex(layer, x, z)] = true;
                         break;
                     }
                 }

@@ -78,6 +78,13 @@ public:
     void connectSubgraphs(const LayerNamePtr& top, const LayerNamePtr& bottom,
                           const VolumeLayerPtr& minimum, const VolumeLayerPtr& maximum);
 
+    /// After segment: whether the cut decided on a row for the surface, by its position in the
+    /// properties. Where not, and where masked, getLayer gives the top of the search range.
+    bool hasRow(int layer, unsigned x, unsigned z) const
+    {
+        return m_hasRow[columnIndex(layer, x, z)];
+    }
+
     /// The solver, for tests and benchmarks.
     const QpboGraph<int>& solver() const { return *m_solver; }
     const ColumnNodeIds& columnNodeIds(int layer, unsigned x, unsigned z) const
@@ -140,6 +147,7 @@ private:
     unsigned m_nrAScans;
     /// By layer, B-scan, A-scan; (0, 0) where masked.
     std::vector<ColumnNodeIds> m_gridColNodeIds;
+    std::vector<bool> m_hasRow; ///< by the same
     /// (x, z) offsets in rows by layer, B-scan, A-scan.
     std::vector<std::pair<int, int>> m_expectedAngles;
     QSharedPointer<SegWatcher> m_watcher;

@@ -53,6 +53,11 @@ public:
     double getShapeRegWeightZ(const LayerNamePtr& layerName) const;
     unsigned getShapeRegStepX(const LayerNamePtr& layerName) const;
     unsigned getShapeRegStepZ(const LayerNamePtr& layerName) const;
+    /// (top, bottom), as they were first registered.
+    const QList<QPair<LayerNamePtr, LayerNamePtr>>& getInterSurfPairs() const
+    {
+        return interSurfacePairs;
+    }
     /// Null, with a line on the trace, if the pair was never registered in this order.
     VolumeLayerPtr getInterSurfDistanceMin(const LayerNamePtr& top,
                                            const LayerNamePtr& bottom) const;

@@ -3,6 +3,7 @@
 #include "DialogDriver.h"
 #include "ExpectFailure.h"
 #include "LocalizerGraphicsViewer.h"
+#include "MouseEvents.h"
 #include "OCTScanControlWidget.h"
 #include "PanelTestTools.h"
 #include "kelpRegionTool.h"
@@ -36,14 +37,14 @@ public:
 
     void click(const QPointF& point, Qt::MouseButton button = Qt::LeftButton)
     {
-        moveMouse(viewer, at(point));
+        mouseevents::move(viewer, at(point));
         QTest::mouseClick(viewer.viewport(), button, {}, at(point));
     }
     void drag(const QPointF& from, const QList<QPointF>& through)
     {
         QTest::mousePress(viewer.viewport(), Qt::LeftButton, {}, at(from));
         for (const QPointF& point : through) {
-            moveMouse(viewer, at(point), Qt::LeftButton);
+            mouseevents::move(viewer, at(point), Qt::LeftButton);
         }
         QTest::mouseRelease(viewer.viewport(), Qt::LeftButton, {}, at(through.last()));
     }
@@ -155,8 +156,8 @@ TEST_F(EditMaskDialogTest, MovingWithoutAButtonChangesOnlyTheLastPoint)
         drawing.click(corner() + QPointF(1.0, 0.0));
         const QPolygonF before = drawing.tool()->getPolygon();
         const QPoint goal = drawing.at(corner() + QPointF(0.5, 1.0));
-        moveMouse(drawing.viewer, drawing.at(corner() + QPointF(0.2, 1.0)));
-        moveMouse(drawing.viewer, goal);
+        mouseevents::move(drawing.viewer, drawing.at(corner() + QPointF(0.2, 1.0)));
+        mouseevents::move(drawing.viewer, goal);
         const QPolygonF after = drawing.tool()->getPolygon();
         ASSERT_EQ(after.size(), before.size());
         EXPECT_EQ(after.mid(0, after.size() - 1), before.mid(0, before.size() - 1));
@@ -253,7 +254,7 @@ TEST_F(EditMaskDialogTest, EscapeInMidDrawingLeavesNothingBehind)
     EXPECT_TRUE(polygons().isEmpty());
     edit([this](MaskDrawing& drawing) {
         EXPECT_TRUE(drawing.tool()->getPolygon().isEmpty());
-        moveMouse(drawing.viewer, drawing.at(corner()));
+        mouseevents::move(drawing.viewer, drawing.at(corner()));
         EXPECT_TRUE(drawing.tool()->getPolygon().isEmpty());
         drawing.triangle(corner());
     });
@@ -273,7 +274,7 @@ TEST_F(EditMaskDialogTest, TheWheelZoomsAndTheMaskIsDrawnWhereTheMouseIs)
 {
     edit([this](MaskDrawing& drawing) {
         const double zoom = drawing.viewer.getZoom();
-        turnWheel(*drawing.viewer.viewport(), -wheelDown, Qt::NoModifier);
+        mouseevents::turnWheel(*drawing.viewer.viewport(), -mouseevents::wheelDown, Qt::NoModifier);
         EXPECT_GT(drawing.viewer.getZoom(), zoom);
         const QPointF middle =
             drawing.viewer.mapToScene(drawing.viewer.viewport()->rect().center());

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "MouseEvents.h"
 #include "SegmentationScene.h"
+#include "Waiting.h"
 #include "kelpGISliceSegmentationEditor.h"
 
 #include <QMouseEvent>
@@ -26,7 +28,7 @@ protected:
         scene.addLevelLayer(SegmentationScene::name("BM"), bmRow);
         editor.show();
         editor.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&editor));
+        ASSERT_TRUE(waiting::untilActive(editor));
         editor.setFocus();
         editor.setOCT(scene.scan);
         editor.setSegmentation(scene.segmentation);
@@ -36,7 +38,7 @@ protected:
     /// Whether the editor comes to the state of this cursor.
     bool waitFor(Qt::CursorShape cursor)
     {
-        return QTest::qWaitFor([this, cursor] { return editor.cursor().shape() == cursor; });
+        return waiting::until([this, cursor] { return editor.cursor().shape() == cursor; });
     }
 
     QPoint place(double aScan, double row) const
@@ -58,12 +60,9 @@ protected:
     /// With the left button down.
     void drag(double aScan, double row)
     {
-        send(QEvent::MouseMove, place(aScan, row), Qt::NoButton, Qt::LeftButton);
+        mouseevents::move(editor, place(aScan, row), Qt::LeftButton);
     }
-    void hover(double aScan, double row)
-    {
-        send(QEvent::MouseMove, place(aScan, row), Qt::NoButton, Qt::NoButton);
-    }
+    void hover(double aScan, double row) { mouseevents::move(editor, place(aScan, row)); }
     void release(double aScan, double row)
     {
         send(QEvent::MouseButtonRelease, place(aScan, row), Qt::LeftButton, Qt::NoButton);

@@ -2,6 +2,7 @@
 
 #include "LayerVisibilityCheckBox.h"
 #include "SegmentationScene.h"
+#include "Waiting.h"
 #include "kelpException.h"
 
 #include <QCheckBox>
@@ -68,7 +69,7 @@ TEST(LayerBox, TellsWhatTheMouseAndTheKeyboardDoToIt)
     const LayerNamePtr name = LayerNameILM::create();
     LayerVisibilityCheckBox box(name);
     box.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
+    ASSERT_TRUE(waiting::untilExposed(box));
     QSignalSpy changed(&box, SIGNAL(visibilityChanged(LayerNamePtr, bool)));
     auto* const checkBox = box.findChild<QCheckBox*>();
     QTest::mouseClick(checkBox, Qt::LeftButton, {}, {8, checkBox->height() / 2});
@@ -119,7 +120,7 @@ TEST_F(LayerSelection, PassesOnWhatTheUserChecks)
 {
     selection.updateLayers(scene.segmentation);
     selection.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&selection));
+    ASSERT_TRUE(waiting::untilExposed(selection));
     QSignalSpy changed(&selection, SIGNAL(visibilityChanged(LayerNamePtr, bool)));
     QTest::keyClick(selection.findChild<QCheckBox*>(QStringLiteral("BM")), Qt::Key_Space);
     ASSERT_EQ(changed.count(), 1);

@@ -2,6 +2,7 @@
 
 #include "ExpectFailure.h"
 #include "LocalizerGraphicsViewer.h"
+#include "MouseEvents.h"
 #include "PanelTestTools.h"
 
 #include <QLCDNumber>
@@ -67,7 +68,8 @@ TEST_F(LocalizerControlWidgetTest, WithoutAScanNothingPages)
     QTest::mouseClick(&m_left, Qt::LeftButton);
     QTest::mouseClick(&m_right, Qt::LeftButton);
     press(*m_control.getViewer(), Qt::Key_Right);
-    turnWheel(*m_control.getViewer()->viewport(), wheelDown, Qt::ControlModifier);
+    mouseevents::turnWheel(*m_control.getViewer()->viewport(), mouseevents::wheelDown,
+                           Qt::ControlModifier);
     m_control.setActiveSlice(0);
     EXPECT_EQ(m_bScans.size(), 0);
     EXPECT_EQ(m_control.getActiveSlice(), -1);
@@ -79,7 +81,8 @@ TEST_F(LocalizerControlWidgetTest, TheViewerIsOfFixedSizeBelowItsLabel)
     EXPECT_EQ(m_control.findChild<QLabel*>()->text(), QStringLiteral("Localizer:"));
     m_control.setOCT(volume(3));
     const double zoom = m_control.getViewer()->getZoom();
-    turnWheel(*m_control.getViewer()->viewport(), wheelDown, Qt::NoModifier);
+    mouseevents::turnWheel(*m_control.getViewer()->viewport(), mouseevents::wheelDown,
+                           Qt::NoModifier);
     EXPECT_DOUBLE_EQ(m_control.getViewer()->getZoom(), zoom);
 }
 
@@ -160,12 +163,12 @@ TEST_F(LocalizerControlWidgetTest, TheWheelPagesWithCtrlOnly)
 {
     m_control.setOCT(volume(5));
     QWidget& viewport = *m_control.getViewer()->viewport();
-    turnWheel(viewport, wheelDown, Qt::ControlModifier);
-    turnWheel(m_slider, wheelDown, Qt::ControlModifier);
-    turnWheel(viewport, wheelDown, Qt::ControlModifier);
-    turnWheel(viewport, -wheelDown, Qt::ControlModifier);
-    turnWheel(viewport, wheelDown, Qt::NoModifier);
-    turnWheel(m_slider, wheelDown, Qt::NoModifier);
+    mouseevents::turnWheel(viewport, mouseevents::wheelDown, Qt::ControlModifier);
+    mouseevents::turnWheel(m_slider, mouseevents::wheelDown, Qt::ControlModifier);
+    mouseevents::turnWheel(viewport, mouseevents::wheelDown, Qt::ControlModifier);
+    mouseevents::turnWheel(viewport, -mouseevents::wheelDown, Qt::ControlModifier);
+    mouseevents::turnWheel(viewport, mouseevents::wheelDown, Qt::NoModifier);
+    mouseevents::turnWheel(m_slider, mouseevents::wheelDown, Qt::NoModifier);
     EXPECT_EQ(firstArguments(m_bScans), (QList<int>{3, 4, 3}));
     expectAt(3, 5);
 }
@@ -174,10 +177,12 @@ TEST_F(LocalizerControlWidgetTest, TheSmallStepsOfAFineWheelAddUp)
 {
     m_control.setOCT(volume(5));
     for (int i = 0; i < 3; ++i) {
-        turnWheel(*m_control.getViewer()->viewport(), wheelDown / 4, Qt::ControlModifier);
+        mouseevents::turnWheel(*m_control.getViewer()->viewport(), mouseevents::wheelDown / 4,
+                               Qt::ControlModifier);
     }
     EXPECT_EQ(m_bScans.size(), 0);
-    turnWheel(*m_control.getViewer()->viewport(), wheelDown / 4, Qt::ControlModifier);
+    mouseevents::turnWheel(*m_control.getViewer()->viewport(), mouseevents::wheelDown / 4,
+                           Qt::ControlModifier);
     EXPECT_EQ(firstArguments(m_bScans), QList<int>{3});
 }
 

@@ -1,5 +1,6 @@
 #include "LocalizerGraphicsViewer.h"
 
+#include "MouseEvents.h"
 #include "PanelTestTools.h"
 #include "TraceCapture.h"
 #include "kelpCheck.h"
@@ -157,10 +158,10 @@ TEST_F(LocalizerGraphicsViewerTest, ADragFollowsTheMouseAndTellsNoPlaceTwice)
     const QPoint start = seenAt(m_viewer, placeOf(scan, 1, 10));
     const QPoint end = seenAt(m_viewer, placeOf(scan, 3, 50));
     QTest::mousePress(m_viewer.viewport(), Qt::LeftButton, {}, start);
-    moveMouse(m_viewer, end, Qt::LeftButton);
-    moveMouse(m_viewer, end, Qt::LeftButton);
+    mouseevents::move(m_viewer, end, Qt::LeftButton);
+    mouseevents::move(m_viewer, end, Qt::LeftButton);
     QTest::mouseRelease(m_viewer.viewport(), Qt::LeftButton, {}, end);
-    moveMouse(m_viewer, start);
+    mouseevents::move(m_viewer, start);
     ASSERT_EQ(told.signalsSeen.size(), 4);
     EXPECT_EQ(told.signalsSeen[0], QStringLiteral("b1"));
     EXPECT_EQ(told.signalsSeen[2], QStringLiteral("b3"));
@@ -173,7 +174,7 @@ TEST_F(LocalizerGraphicsViewerTest, TheOtherButtonsAndMereMovementsSelectNothing
     const Told told(m_viewer);
     QTest::mouseClick(m_viewer.viewport(), Qt::RightButton, {}, QPoint(100, 100));
     QTest::mouseClick(m_viewer.viewport(), Qt::MiddleButton, {}, QPoint(100, 100));
-    moveMouse(m_viewer, QPoint(50, 50));
+    mouseevents::move(m_viewer, QPoint(50, 50));
     EXPECT_EQ(told.signalsSeen, QStringList());
 }
 
@@ -286,7 +287,7 @@ TEST_F(LocalizerGraphicsViewerTest, FitsAgainWhenResizedUnlessTheUserZoomed)
     m_viewer.resize(2 * viewerSize, 2 * viewerSize);
     EXPECT_NEAR(m_viewer.getZoom(), 2 * fitted, 0.05 * fitted);
     m_viewer.setWheelZoomEnabled(true);
-    turnWheel(*m_viewer.viewport(), -wheelDown, Qt::NoModifier);
+    mouseevents::turnWheel(*m_viewer.viewport(), -mouseevents::wheelDown, Qt::NoModifier);
     const double zoomed = m_viewer.getZoom();
     EXPECT_GT(zoomed, 2.1 * fitted);
     m_viewer.resize(3 * viewerSize, 3 * viewerSize);

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "EtdrsGrid.h"
+#include "MouseEvents.h"
 #include "OCTMeasurementViewer.h"
 #include "SegmentationTestTools.h"
 
-#include <QApplication>
 #include <QGraphicsItem>
 #include <QGraphicsView>
-#include <QMouseEvent>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -128,11 +127,7 @@ struct ViewerMouse
     QPoint pixel(const QPointF& place) const { return viewer.mapFromScene(place); }
     void move(const QPointF& place, Qt::MouseButtons buttons = Qt::NoButton) const
     {
-        // QTest's own move tells of no buttons.
-        QMouseEvent event(QEvent::MouseMove, pixel(place),
-                          viewer.viewport()->mapToGlobal(pixel(place)), Qt::NoButton, buttons,
-                          Qt::NoModifier);
-        QApplication::sendEvent(viewer.viewport(), &event);
+        mouseevents::move(viewer, pixel(place), buttons);
     }
     void press(const QPointF& place, Qt::MouseButton button = Qt::LeftButton) const
     {

@@ -14,8 +14,10 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QSignalBlocker>
 #include <QSlider>
+#include <QStyle>
 
 #include <algorithm>
 
@@ -43,6 +45,25 @@ QStringList missingLayers(const OCTScanSegmentation& segmentation)
         }
     }
     return missing;
+}
+
+/// What the mean of a sector stands on, and why it is less than all of it.
+QString coverageText(const SectorCoverage& sector)
+{
+    if (sector.expected == 0) {
+        return QStringLiteral("The scan does not pass this sector.");
+    }
+    const QLocale grouped(QLocale::English, QLocale::UnitedStates);
+    QString text = QStringLiteral("%1 of %2 A-scans")
+                       .arg(grouped.toString(sector.counted), grouped.toString(sector.expected));
+    if (sector.counted < sector.inside) {
+        text += QStringLiteral("\n%1 masked").arg(grouped.toString(sector.inside - sector.counted));
+    }
+    if (sector.inside < sector.expected) {
+        text += QStringLiteral("\n%1 beyond the border of the scan")
+                    .arg(grouped.toString(sector.expected - sector.inside));
+    }
+    return text;
 }
 
 void showLimit(QLineEdit& edit, int value)
@@ -291,7 +312,28 @@ void MeasurementWidget::showMeans()
                 ->setText(EtdrsTable::cellText(means[static_cast<std::size_t>(column)]));
         }
     }
+    showCoverage();
     m_table->viewport()->update();
+}
+
+void MeasurementWidget::showCoverage()
+{
+    const auto isReached = [](const SectorCoverage& sector) { return sector.expected > 0; };
+    const bool isMeasured =
+        std::any_of(m_means.coverage.begin(), m_means.coverage.end(), isReached);
+    const QIcon cutMark = style()->standardIcon(QStyle::SP_MessageBoxWarning);
+    for (int column = 0; column < EtdrsTable::nrColumns; ++column) {
+        const SectorCoverage& sector = m_means.coverage[static_cast<std::size_t>(column)];
+        const QString tip = isMeasured ? coverageText(sector) : QString();
+        m_table->horizontalHeaderItem(column)->setIcon(sector.isCut() ? cutMark : QIcon());
+        m_table->horizontalHeaderItem(column)->setToolTip(tip);
+        for (int row = 0; row < EtdrsTable::nrRows; ++row) {
+            m_table->item(row, column)->setToolTip(tip);
+        }
+    }
+    const QString warning = m_means.coverageWarning();
+    m_coverageNote->setText(warning.isEmpty() ? QString() : warning + QLatin1Char('.'));
+    m_coverageNote->setVisible(!warning.isEmpty());
 }
 
 void MeasurementWidget::updateNote()

@@ -78,6 +78,8 @@ private:
     /// Not where surfaces of the table are missing, which the note tells.
     void measureIfPossible();
     void showMeans();
+    /// On how many A-scans the means stand, and the sectors that the scan's border cuts.
+    void showCoverage();
     void updateNote();
 
     OCTMeasurementViewer* m_viewer = nullptr;
@@ -91,6 +93,7 @@ private:
     QLineEdit* m_upperEdit = nullptr;
     TransferFunctionWidget* m_legend = nullptr;
     QTableWidgetSelectedToClipboard* m_table = nullptr;
+    QLabel* m_coverageNote = nullptr;
     QLabel* m_note = nullptr;
     EtdrsTable m_means;
 };

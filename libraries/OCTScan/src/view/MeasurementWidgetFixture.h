@@ -3,6 +3,7 @@
 #include "MeasurementTestTools.h"
 #include "MeasurementWidget.h"
 #include "QTableWidgetSelectedToClipboard.h"
+#include "Waiting.h"
 #include "kelpSettings.h"
 
 #include <QApplication>
@@ -26,7 +27,7 @@ protected:
     void SetUp() override
     {
         m_widget.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_widget));
+        ASSERT_TRUE(waiting::untilExposed(m_widget));
     }
     void TearDown() override { forgetSettings(); }
 
@@ -81,11 +82,16 @@ protected:
         const auto& label = find<QLabel>("measurementNote");
         return label.isVisible() ? label.text() : QString();
     }
+    QString coverageNote() const
+    {
+        const auto& label = find<QLabel>("coverageNote");
+        return label.isVisible() ? label.text() : QString();
+    }
     void focus(QWidget& widget)
     {
         m_widget.activateWindow();
         widget.setFocus();
-        EXPECT_TRUE(QTest::qWaitFor([&widget] { return widget.hasFocus(); }));
+        EXPECT_TRUE(waiting::until([&widget] { return widget.hasFocus(); }));
     }
 
     MeasurementWidget m_widget;

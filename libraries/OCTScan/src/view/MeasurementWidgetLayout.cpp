@@ -207,6 +207,7 @@ QWidget* MeasurementWidget::createResults()
     m_table->setColumnCount(EtdrsTable::nrColumns);
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_table->horizontalHeader()->setDefaultSectionSize(sectionSize);
+    m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     for (int column = 0; column < EtdrsTable::nrColumns; ++column) {
         m_table->setHorizontalHeaderItem(column,
                                          new QTableWidgetItem(EtdrsTable::columnLabel(column)));
@@ -225,8 +226,19 @@ QWidget* MeasurementWidget::createResults()
     KELP_CONNECT(sourcePath, connect(copy, SIGNAL(triggered()), this, SLOT(copyTable())));
     m_table->addAction(copy);
     m_table->setContextMenuPolicy(Qt::ActionsContextMenu);
+    m_coverageNote = new QLabel;
+    m_coverageNote->setObjectName(QStringLiteral("coverageNote"));
+    m_coverageNote->setToolTip(
+        QStringLiteral("Their means are those of the part inside the scan.\n"
+                       "Point at a column to see on how many A-scans it stands."));
+    // The map above keeps its size when the line comes and goes with the fovea.
+    QSizePolicy policy = m_coverageNote->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    policy.setVerticalPolicy(QSizePolicy::Fixed);
+    m_coverageNote->setSizePolicy(policy);
     auto* const layout = new QVBoxLayout(group);
     layout->addWidget(m_table);
+    layout->addWidget(m_coverageNote);
     return group;
 }
 

@@ -4,6 +4,7 @@
 #include "ExpectFailure.h"
 #include "MeasurementTestTools.h"
 #include "MeasurementWidgetFixture.h"
+#include "Waiting.h"
 
 #include <QClipboard>
 #include <QGroupBox>
@@ -214,16 +215,18 @@ TEST_F(Measurement, CopiesTheWholeTableWithItsLabels)
     show(measured);
     const auto expectWholeTable = [this] {
         const QStringList lines = QApplication::clipboard()->text().split(QLatin1Char('\n'));
-        ASSERT_EQ(lines.size(), 8);
+        ASSERT_EQ(lines.size(), 10);
         EXPECT_EQ(lines[0], QStringLiteral("\tC\tN1\tN2\tS1\tS2\tT1\tT2\tI1\tI2"));
         EXPECT_EQ(lines[6], QStringLiteral("Complete Retina\t") +
                                 QStringList(cells().mid(45)).join(QLatin1Char('\t')));
+        EXPECT_THAT(lines[7].toStdString(), testing::StartsWith("A-scans\t"));
+        EXPECT_THAT(lines[8].toStdString(), testing::StartsWith("A-scans expected\t"));
     };
     DialogDriver dialogs;
     dialogs.expectMenu(QStringLiteral("Copy Table"));
     QTest::mouseClick(m_widget.windowHandle(), Qt::RightButton, Qt::NoModifier,
                       table().viewport()->mapTo(&m_widget, middleOf(2, 2)));
-    EXPECT_TRUE(QTest::qWaitFor([&dialogs] { return dialogs.pending() == 0; }));
+    EXPECT_TRUE(waiting::until([&dialogs] { return dialogs.pending() == 0; }));
     QCoreApplication::processEvents();
     expectWholeTable();
     QApplication::clipboard()->clear();

@@ -50,9 +50,8 @@ void OCTMeasurementViewer::drawGrid()
     if (m_segmentation.isNull() || m_scan.isNull()) {
         return;
     }
-    for (const double squared :
-         {m_firstCircleSquared, m_secondCircleSquared, m_thirdCircleSquared}) {
-        addCircle(std::sqrt(squared));
+    for (const double radius : etdrsRadii) {
+        addCircle(radius);
     }
     addSpokes();
     addLabels();
@@ -81,8 +80,8 @@ void OCTMeasurementViewer::addCircle(double radius)
 
 void OCTMeasurementViewer::addSpokes()
 {
-    const double inner = std::sqrt(m_firstCircleSquared) / std::sqrt(2.0);
-    const double outer = std::sqrt(m_thirdCircleSquared) / std::sqrt(2.0);
+    const double inner = etdrsRadii[0] / std::sqrt(2.0);
+    const double outer = etdrsRadii[2] / std::sqrt(2.0);
     for (const int signX : {-1, 1}) {
         for (const int signZ : {-1, 1}) {
             auto* const spoke =
@@ -96,10 +95,8 @@ void OCTMeasurementViewer::addSpokes()
 
 void OCTMeasurementViewer::addLabels()
 {
-    const double inner =
-        (2.0 * std::sqrt(m_firstCircleSquared) + 2.0 * std::sqrt(m_secondCircleSquared)) * 0.25;
-    const double outer =
-        (2.0 * std::sqrt(m_secondCircleSquared) + 2.0 * std::sqrt(m_thirdCircleSquared)) * 0.25;
+    const double inner = (etdrsRadii[0] + etdrsRadii[1]) / 2.0;
+    const double outer = (etdrsRadii[1] + etdrsRadii[2]) / 2.0;
     const double nasal = isRightEye(*m_scan) ? 1.0 : -1.0;
     addLabel(QStringLiteral("C"), {});
     addLabel(QStringLiteral("N1"), {nasal * inner, 0.0});

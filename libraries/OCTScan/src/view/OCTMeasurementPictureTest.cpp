@@ -2,6 +2,7 @@
 
 #include "DialogDriver.h"
 #include "MeasurementTestTools.h"
+#include "Waiting.h"
 #include "kelpSettings.h"
 
 #include <QFileDialog>
@@ -28,7 +29,7 @@ protected:
         m_measured.segmentation->setFoveaPosition({CoordOnLocalizer(4.0, 4.0), true});
         m_viewer.resize(400, 400);
         m_viewer.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_viewer));
+        ASSERT_TRUE(waiting::untilExposed(m_viewer));
         m_viewer.setOCT(m_measured.scan);
         m_viewer.setSegmentation(m_measured.segmentation);
         m_viewer.setTopLayerName(LayerNameILM::create());
@@ -44,7 +45,7 @@ protected:
         QTest::mouseClick(m_viewer.windowHandle(), Qt::RightButton, Qt::NoModifier,
                           m_viewer.viewport()->mapTo(m_viewer.window(), place));
         // The events come back through the window system.
-        EXPECT_TRUE(QTest::qWaitFor([this] { return m_dialogs.pending() == 0; }));
+        EXPECT_TRUE(waiting::until([this] { return m_dialogs.pending() == 0; }));
         QCoreApplication::processEvents();
     }
 

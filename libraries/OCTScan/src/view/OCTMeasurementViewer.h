@@ -94,10 +94,6 @@ private:
 
     const double m_grabRadiusSquared = 0.25;
     const double m_handleDiameter = 1.2;
-    // Millimetres, squared; the radii of the grid.
-    const double m_firstCircleSquared = 0.25;
-    const double m_secondCircleSquared = 2.25;
-    const double m_thirdCircleSquared = 9.0;
 };
 
 } // namespace kelp::oct

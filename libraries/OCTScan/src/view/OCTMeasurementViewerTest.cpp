@@ -2,6 +2,7 @@
 
 #include "ExpectFailure.h"
 #include "MeasurementTestTools.h"
+#include "Waiting.h"
 
 #include <QSignalSpy>
 
@@ -21,7 +22,7 @@ protected:
         qRegisterMetaType<CoordOnLocalizer>("CoordOnLocalizer");
         m_viewer.resize(480, 480);
         m_viewer.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_viewer));
+        ASSERT_TRUE(waiting::untilExposed(m_viewer));
     }
 
     void showMap(MeasuredScan& measured)

@@ -4,6 +4,7 @@
 #include "ExpectFailure.h"
 #include "LocalizerGraphicsViewer.h"
 #include "MetaInfoText.h"
+#include "MouseEvents.h"
 #include "PanelTestTools.h"
 #include "TraceCapture.h"
 #include "kelpCheck.h"
@@ -217,7 +218,7 @@ TEST_F(OCTScanControlWidgetTest, EveryWayOfPagingKeepsAllInStepAndTellsOnce)
     expectTold(0);
     QTest::keyClick(&localizer(), Qt::Key_PageDown);
     expectTold(1);
-    turnWheel(*localizer().viewport(), wheelDown, Qt::ControlModifier);
+    mouseevents::turnWheel(*localizer().viewport(), mouseevents::wheelDown, Qt::ControlModifier);
     expectTold(2);
     QTest::mouseClick(localizer().viewport(), Qt::LeftButton, {}, seenAt(localizer(), {0.1, 0.4}));
     expectTold(4);
@@ -291,7 +292,7 @@ TEST_F(OCTScanControlWidgetTest, LongValuesWrapAndThePanelScrollsToTheirEnd)
     EXPECT_GT(scroller->verticalScrollBar()->maximum(), 0);
     EXPECT_TRUE(text.textInteractionFlags().testFlag(Qt::TextSelectableByMouse));
     // The wheel over the text scrolls the panel.
-    turnWheel(*text.viewport(), wheelDown, Qt::NoModifier);
+    mouseevents::turnWheel(*text.viewport(), mouseevents::wheelDown, Qt::NoModifier);
     EXPECT_GT(scroller->verticalScrollBar()->value(), 0);
 }
 

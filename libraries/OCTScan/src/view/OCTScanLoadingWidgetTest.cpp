@@ -8,6 +8,7 @@
 #include "StorePlugins.h"
 #include "TestExport.h"
 #include "TraceCapture.h"
+#include "Waiting.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -86,7 +87,7 @@ protected:
         m_widget = std::make_unique<OCTScanLoadingWidget>(item, QStringLiteral("scan"), nullptr,
                                                           Qt::WindowFlags());
         m_widget->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_widget.get()));
+        ASSERT_TRUE(waiting::untilExposed(*m_widget));
     }
     /// The XML file of an export with these series, with their images beside it.
     QString writeExport(const QList<SeriesText>& allSeries) const

@@ -1,6 +1,7 @@
 #include "OCTSegmentationEditorWidget.h"
 
 #include "SegmentationScene.h"
+#include "Waiting.h"
 #include "kelpGISliceSegmentationEditor.h"
 
 #include <QLabel>
@@ -72,9 +73,9 @@ TEST_F(SegmentationEditorWidget, TellsThatALayerWasCorrected)
 {
     widget.show();
     widget.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&widget));
+    ASSERT_TRUE(waiting::untilActive(widget));
     auto* const editor = widget.getViewer();
-    ASSERT_TRUE(QTest::qWaitFor([editor] { return editor->cursor().shape() == Qt::CrossCursor; }));
+    ASSERT_TRUE(waiting::until([editor] { return editor->cursor().shape() == Qt::CrossCursor; }));
     QSignalSpy edited(&widget, SIGNAL(segmentationEdited()));
     const QPoint place = editor->mapFromScene(
         QPointF(20.5 * SegmentationScene::lateral, 30.5 * SegmentationScene::axial));

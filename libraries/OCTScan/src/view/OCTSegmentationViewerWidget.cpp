@@ -5,7 +5,10 @@
 #include "kelpGISliceSegmentationViewer.h"
 #include "kelpTrace.h"
 
+#include <QEvent>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace kelp::oct {
 
@@ -55,6 +58,29 @@ void OCTSegmentationViewerWidget::configureViewer()
     m_viewer->setDragEnabled(true);
     m_viewer->setZoomRange(minZoom, maxZoom);
     m_viewer->setWheelZoomEnabled(true);
+}
+
+void OCTSegmentationViewerWidget::setTopWidget(QWidget* widget)
+{
+    static_cast<QVBoxLayout*>(layout())->insertWidget(0, widget);
+    m_viewerHeight = m_viewer->minimumHeight();
+    widget->installEventFilter(this);
+}
+
+bool OCTSegmentationViewerWidget::eventFilter(QObject* watched, QEvent* event)
+{
+    const QEvent::Type type = event->type();
+    if (type == QEvent::Show || type == QEvent::Hide || type == QEvent::Resize) {
+        giveRoom(*static_cast<QWidget*>(watched));
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void OCTSegmentationViewerWidget::giveRoom(const QWidget& topWidget)
+{
+    constexpr int leastHeight = 200;
+    const int taken = topWidget.isHidden() ? 0 : topWidget.height() + layout()->spacing();
+    m_viewer->setMinimumHeight(std::max(leastHeight, m_viewerHeight - taken));
 }
 
 void OCTSegmentationViewerWidget::setOCTScan(OCTScanPtr octScan)

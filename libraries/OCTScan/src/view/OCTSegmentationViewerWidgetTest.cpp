@@ -2,10 +2,12 @@
 
 #include "LayerSelectionWidget.h"
 #include "SegmentationScene.h"
+#include "Waiting.h"
 #include "kelpException.h"
 #include "kelpGISliceSegmentationViewer.h"
 
 #include <QCheckBox>
+#include <QLayout>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -47,6 +49,31 @@ TEST_F(SegmentationViewerWidget, HasAViewerThatDragsAndZooms)
     EXPECT_EQ(widget.getViewer()->getMaxZoom(), 10.0);
 }
 
+TEST_F(SegmentationViewerWidget, GivesATopWidgetRoomWithoutAskingForMore)
+{
+    const int leastOfViewer = widget.getViewer()->minimumHeight();
+    auto* const top = new QWidget;
+    constexpr int topHeight = 80;
+    top->setFixedHeight(topHeight);
+    top->hide();
+    widget.setTopWidget(top);
+    const int leastHeight = widget.minimumSizeHint().height();
+    widget.resize(widget.minimumSizeHint());
+    widget.show();
+    ASSERT_TRUE(waiting::untilExposed(widget));
+    top->show();
+    EXPECT_TRUE(waiting::until([&] { return widget.minimumSizeHint().height() == leastHeight; }));
+    EXPECT_LT(top->geometry().bottom(), widget.getViewer()->geometry().top());
+    EXPECT_EQ(widget.getViewer()->minimumHeight(),
+              leastOfViewer - topHeight - widget.layout()->spacing());
+    // However high it is, something of the B-scan is left.
+    top->setFixedHeight(10 * topHeight);
+    EXPECT_TRUE(waiting::until([&] { return top->height() == 10 * topHeight; }));
+    EXPECT_EQ(widget.getViewer()->minimumHeight(), 200);
+    top->hide();
+    EXPECT_EQ(widget.getViewer()->minimumHeight(), leastOfViewer);
+}
+
 TEST_F(SegmentationViewerWidget, RefusesNoScanAndNoSegmentation)
 {
     try {
@@ -77,7 +104,7 @@ TEST_F(SegmentationViewerWidget, ShowsTheHintLineOfAnAScan)
 {
     widget.setOCTScan(scene.scan);
     widget.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
+    ASSERT_TRUE(waiting::untilExposed(widget));
     emit widget.setYHintLine(7);
     const auto& line = widget.getViewer()->getYHintLine();
     EXPECT_TRUE(line.isVisible());
@@ -98,7 +125,7 @@ TEST_F(SegmentationViewerWidget, UncheckingABoxHidesTheLayerOnEverySliceShownAft
     widget.setOCTScan(scene.scan);
     widget.setSegmentation(scene.segmentation);
     widget.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
+    ASSERT_TRUE(waiting::untilExposed(widget));
     auto* const box = widget.getLayerSelection()->findChild<QCheckBox*>(QStringLiteral("ILM"));
     ASSERT_NE(box, nullptr);
     QTest::mouseClick(box, Qt::LeftButton, {}, {8, box->height() / 2});

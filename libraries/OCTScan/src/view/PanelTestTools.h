@@ -5,14 +5,13 @@
 #include "Patient.h"
 #include "Phantom.h"
 #include "TestExport.h"
+#include "Waiting.h"
 #include "kelpGIImageViewer.h"
 
 #include <QApplication>
 #include <QLayout>
-#include <QMouseEvent>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -66,7 +65,7 @@ private:
 inline void showReady(QWidget& widget)
 {
     widget.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
+    ASSERT_TRUE(waiting::untilExposed(widget));
     widget.activateWindow();
     QApplication::processEvents();
 }
@@ -86,27 +85,5 @@ inline QPoint seenAt(const GIImageViewer& viewer, const QPointF& place)
 {
     return viewer.mapFromScene(place);
 }
-
-/// At once, unlike a movement of the true cursor, which arrives whenever the X server likes.
-inline void moveMouse(GIImageViewer& viewer, const QPoint& position,
-                      Qt::MouseButtons buttons = Qt::NoButton)
-{
-    QMouseEvent event(QEvent::MouseMove, position, viewer.viewport()->mapToGlobal(position),
-                      Qt::NoButton, buttons, Qt::NoModifier);
-    QApplication::sendEvent(viewer.viewport(), &event);
-}
-
-inline void turnWheel(QWidget& widget, int angle, Qt::KeyboardModifiers modifiers)
-{
-    const QPoint position = widget.rect().center();
-    QWheelEvent event(position, widget.mapToGlobal(position), QPoint(), QPoint(0, angle),
-                      Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
-    // As from a true wheel: only such events go on to the parents of a widget that ignores them.
-    QSpontaneKeyEvent::setSpontaneous(&event);
-    qApp->notify(&widget, &event);
-}
-
-/// One notch towards the user.
-constexpr int wheelDown = -QWheelEvent::DefaultDeltasPerStep;
 
 } // namespace kelp::oct::test

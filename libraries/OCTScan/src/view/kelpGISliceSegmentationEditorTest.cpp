@@ -1,5 +1,7 @@
 #include "EditorScene.h"
 
+#include "Waiting.h"
+
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QWheelEvent>
@@ -227,7 +229,7 @@ TEST_F(SegmentationEditor, ComesBackFromPickingWhenItLosesTheKeyboard)
 {
     QLineEdit other;
     other.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+    ASSERT_TRUE(waiting::untilExposed(other));
     QTest::keyPress(&editor, Qt::Key_Shift);
     hover(20.5, iseRow + 0.5);
     other.activateWindow();
@@ -242,7 +244,7 @@ TEST_F(SegmentationEditor, ComesBackFromPanningWhenItLosesTheKeyboard)
 {
     QLineEdit other;
     other.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+    ASSERT_TRUE(waiting::untilExposed(other));
     QTest::keyPress(&editor, Qt::Key_Control);
     other.activateWindow();
     other.setFocus();

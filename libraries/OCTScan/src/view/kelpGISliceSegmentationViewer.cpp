@@ -87,7 +87,8 @@ void GISliceSegmentationViewer::addLayersOfBScan(int bScan)
     const SegmentationMaskPtr mask = m_segmentation->getMask();
     const bool hasMaskRow = static_cast<unsigned>(bScan) < mask->getMaskMatrix()->rows;
     if (!isSliceValid(bScan) || m_slices[bScan].isNull() || !hasMaskRow) {
-        kelp::Trace() << "GISliceSegmentationViewer::setSegmentation no image for B-scan " << bScan;
+        kelp::Trace() << "GISliceSegmentationViewer::setSegmentation no image for B-scan "
+                      << bScan + 1;
         return;
     }
     const std::vector<AScanRun> runs =
@@ -96,7 +97,7 @@ void GISliceSegmentationViewer::addLayersOfBScan(int bScan)
     for (const BScanSegmentationLayerPtr& layer : layers) {
         if (layer->getSize() != aScans) {
             kelp::Trace() << "GISliceSegmentationViewer::setSegmentation layer "
-                          << layer->getLayerName()->getIdentifier() << " of B-scan " << bScan
+                          << layer->getLayerName()->getIdentifier() << " of B-scan " << bScan + 1
                           << " has " << layer->getSize() << " A-scans instead of " << aScans;
         }
         addLayer(bScan, layer, runsWithin(runs, std::min(layer->getSize(), aScans)));

@@ -1,6 +1,8 @@
 #include "kelpGISliceSegmentationViewer.h"
 
+#include "MouseEvents.h"
 #include "SegmentationScene.h"
+#include "Waiting.h"
 #include "kelpException.h"
 
 #include <QLineEdit>
@@ -21,14 +23,6 @@ using testing::HasSubstr;
 
 namespace {
 
-void turnWheel(QGraphicsView& view, int delta, Qt::KeyboardModifiers modifiers)
-{
-    const QPoint position = view.viewport()->rect().center();
-    QWheelEvent event(position, view.viewport()->mapToGlobal(position), {}, {0, delta},
-                      Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
-    QCoreApplication::sendEvent(view.viewport(), &event);
-}
-
 class SegmentationViewer : public testing::Test
 {
 protected:
@@ -42,7 +36,7 @@ protected:
     void show()
     {
         viewer.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
+        ASSERT_TRUE(waiting::untilExposed(viewer));
     }
 
     SegmentationScene scene;
@@ -184,7 +178,7 @@ TEST_F(SegmentationViewer, CutsOffALayerThatIsShorterThanTheBScanAndSaysSo)
     viewer.setSegmentation(scene.segmentation);
     EXPECT_EQ(viewer.getOverlay(1, 0)->getEnd(), 11);
     EXPECT_EQ(trace.count(QStringLiteral("GISliceSegmentationViewer::setSegmentation layer ILM of "
-                                         "B-scan 1 has 12 A-scans instead of 40")),
+                                         "B-scan 2 has 12 A-scans instead of 40")),
               1);
 }
 
@@ -195,7 +189,7 @@ TEST_F(SegmentationViewer, CutsOffTheLayersOfAWiderScanAndSaysSo)
     viewer.setSegmentation(scene.segmentation);
     EXPECT_EQ(viewer.getOverlay(1, 0)->getEnd(), 29);
     EXPECT_EQ(trace.count(QStringLiteral("GISliceSegmentationViewer::setSegmentation layer BM of "
-                                         "B-scan 4 has 40 A-scans instead of 30")),
+                                         "B-scan 5 has 40 A-scans instead of 30")),
               1);
 }
 
@@ -214,7 +208,7 @@ TEST_F(SegmentationViewer, LeavesOutBScansThatTheScanShownDoesNotHave)
     viewer.setSegmentation(scene.segmentation);
     EXPECT_EQ(viewer.getSliceObjects(1).size(), 2);
     EXPECT_EQ(trace.count(QStringLiteral(
-                  "GISliceSegmentationViewer::setSegmentation no image for B-scan 4")),
+                  "GISliceSegmentationViewer::setSegmentation no image for B-scan 5")),
               1);
 }
 
@@ -288,7 +282,7 @@ TEST_F(SegmentationViewer, PagesNowhereWithoutAScan)
     viewer.clearOCT();
     QTest::keyClick(&viewer, Qt::Key_Right);
     QTest::keyClick(&viewer, Qt::Key_End);
-    turnWheel(viewer, 120, Qt::ControlModifier);
+    mouseevents::turnWheel(viewer, 120, Qt::ControlModifier);
     EXPECT_EQ(viewer.getActiveSlice(), -1);
 }
 
@@ -298,12 +292,12 @@ TEST_F(SegmentationViewer, PagesWithCtrlAndTheWheelAndZoomsWithTheWheelAlone)
     viewer.setWheelZoomEnabled(true);
     viewer.setDragEnabled(true);
     const double zoom = viewer.getZoom();
-    turnWheel(viewer, -120, Qt::ControlModifier);
+    mouseevents::turnWheel(viewer, -120, Qt::ControlModifier);
     EXPECT_EQ(viewer.getActiveSlice(), 3);
-    turnWheel(viewer, 240, Qt::ControlModifier);
+    mouseevents::turnWheel(viewer, 240, Qt::ControlModifier);
     EXPECT_EQ(viewer.getActiveSlice(), 1);
     EXPECT_EQ(viewer.getZoom(), zoom);
-    turnWheel(viewer, -120, Qt::NoModifier);
+    mouseevents::turnWheel(viewer, -120, Qt::NoModifier);
     EXPECT_EQ(viewer.getActiveSlice(), 1);
     EXPECT_DOUBLE_EQ(viewer.getZoom(), zoom * 0.76);
 }
@@ -312,10 +306,10 @@ TEST_F(SegmentationViewer, AddsUpTheSmallTurnsOfAFineWheel)
 {
     show();
     for (int i = 0; i < 3; ++i) {
-        turnWheel(viewer, -30, Qt::ControlModifier);
+        mouseevents::turnWheel(viewer, -30, Qt::ControlModifier);
         EXPECT_EQ(viewer.getActiveSlice(), 2);
     }
-    turnWheel(viewer, -30, Qt::ControlModifier);
+    mouseevents::turnWheel(viewer, -30, Qt::ControlModifier);
     EXPECT_EQ(viewer.getActiveSlice(), 3);
 }
 
@@ -341,7 +335,7 @@ TEST(SegmentationViewerFocus, GetsTheKeyboardWhereTheMouseIsUnlessSomebodyTypes)
     layout->addWidget(viewer);
     window.show();
     window.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    ASSERT_TRUE(waiting::untilActive(window));
 
     QEvent enter(QEvent::Enter);
     search->setFocus();

@@ -1,5 +1,7 @@
 #include "JsonWriter.h"
 
+#include <QByteArrayList>
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -94,6 +96,25 @@ void JsonWriter::value(const QString& key, bool truth)
 {
     startItem(key);
     m_text += truth ? "true" : "false";
+}
+
+void JsonWriter::texts(const QString& key, const QStringList& texts)
+{
+    beginArray(key);
+    for (const QString& text : texts) {
+        value(QString(), text);
+    }
+    endArray();
+}
+
+void JsonWriter::numbers(const QString& key, const QList<double>& numbers)
+{
+    startItem(key);
+    QByteArrayList texts;
+    for (const double number : numbers) {
+        texts.append(plainNumber(number));
+    }
+    m_text += '[' + texts.join(", ") + ']';
 }
 
 void JsonWriter::null(const QString& key)

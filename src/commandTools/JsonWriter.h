@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 
@@ -26,6 +28,10 @@ public:
     void value(const QString& key, int number) { value(key, static_cast<std::int64_t>(number)); }
     void value(const QString& key, bool truth);
     void null(const QString& key);
+    /// An array of texts, one a line.
+    void texts(const QString& key, const QStringList& texts);
+    /// An array on one line.
+    void numbers(const QString& key, const QList<double>& numbers);
 
     /// The whole text, ended by a line feed.
     QByteArray text() const { return m_text + '\n'; }

@@ -31,7 +31,7 @@ private:
     int m_descriptor = -1;
 };
 
-/// The folder that --out names. A run builds the folders of its scans below a hidden working folder
+/// The folder that --out names. A run builds its results below a hidden working folder
 /// inside it, which it keeps locked, and moves each to its place when it is whole. Working folders
 /// whose run is gone are removed by the next run.
 class ResultsFolder
@@ -43,6 +43,9 @@ public:
     ~ResultsFolder();
     ResultsFolder(const ResultsFolder&) = delete;
     ResultsFolder& operator=(const ResultsFolder&) = delete;
+
+    /// Whether a name inside such a folder is that of a working folder.
+    static bool isWorkingFolder(const QString& name);
 
     const QString& getPath() const { return m_path; }
     QString pathOf(const QString& name) const { return m_path + '/' + name; }

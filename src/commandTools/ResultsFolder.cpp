@@ -119,6 +119,11 @@ ResultsFolder::~ResultsFolder()
     QDir(m_workingFolder).removeRecursively();
 }
 
+bool ResultsFolder::isWorkingFolder(const QString& name)
+{
+    return name.startsWith(workingPrefix);
+}
+
 void ResultsFolder::removeLeftovers()
 {
     const QStringList names = QDir(m_path).entryList(

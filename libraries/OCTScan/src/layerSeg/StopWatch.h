@@ -1,0 +1,20 @@
+#pragma once
+
+#include <chrono>
+
+namespace kelp::oct {
+
+/// Runs from its construction on.
+class StopWatch
+{
+public:
+    double seconds() const
+    {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+} // namespace kelp::oct

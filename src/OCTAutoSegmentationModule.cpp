@@ -163,8 +163,8 @@ bool OCTAutoSegmentationModule::isRunOver() const
     // A normal chain on a circular scan reports success before its last step, which then works on
     // the segmentation: it must be neither shown nor saved meanwhile. A step's memory is recorded
     // at its end, before it reports anything.
-    const QList<StepStatistics> steps = m_segInterface->getStatistics();
-    return steps.isEmpty() || (steps.last().name == m_lastStep && steps.last().peakMemoryBytes > 0);
+    const std::vector<StepStatistics> steps = m_segInterface->getStatistics();
+    return steps.empty() || (steps.back().name == m_lastStep && steps.back().peakMemoryBytes > 0);
 }
 
 void OCTAutoSegmentationModule::segmentationSuccess()

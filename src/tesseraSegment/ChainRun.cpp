@@ -38,9 +38,9 @@ ChainRun::ChainRun(ProgressListener listener) : m_listener(std::move(listener))
                                      SLOT(segmentationFailure(QString))));
 }
 
-QList<kelp::oct::StepStatistics> ChainRun::run(const OCTScanSegPtr& segmentation,
-                                               kelp::oct::SegmentationChain chain,
-                                               bool maskETDRSSectors, bool maskCenter)
+std::vector<kelp::oct::StepStatistics> ChainRun::run(const OCTScanSegPtr& segmentation,
+                                                     kelp::oct::SegmentationChain chain,
+                                                     bool maskETDRSSectors, bool maskCenter)
 {
     m_chain = chain;
     m_steps = kelp::oct::chainSteps(chain);

@@ -6,6 +6,7 @@
 #include <QEventLoop>
 
 #include <functional>
+#include <vector>
 
 namespace kelp::command {
 
@@ -31,9 +32,9 @@ public:
 
     /// Throws RuntimeException with the chain's reason when a step fails. Returns what the steps
     /// cost.
-    QList<kelp::oct::StepStatistics> run(const OCTScanSegPtr& segmentation,
-                                         kelp::oct::SegmentationChain chain, bool maskETDRSSectors,
-                                         bool maskCenter);
+    std::vector<kelp::oct::StepStatistics> run(const OCTScanSegPtr& segmentation,
+                                               kelp::oct::SegmentationChain chain,
+                                               bool maskETDRSSectors, bool maskCenter);
 
 private slots:
     void statusChanged(QString message);

@@ -40,7 +40,7 @@ TEST_F(ChainRunOnPhantom, TellsEachStepInItsOrderHoweverLateItIsHeard)
     EXPECT_THAT(told, ElementsAre("segmentCoarse", "segmentILMFine", "segmentRPEHumanHealthy",
                                   "segmentInnerHumanHealthy"));
     EXPECT_TRUE(std::is_sorted(percentages.begin(), percentages.end()));
-    EXPECT_EQ(statistics.size(), 4);
+    EXPECT_EQ(statistics.size(), 4U);
 }
 
 } // namespace

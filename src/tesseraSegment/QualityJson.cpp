@@ -56,7 +56,7 @@ void writeSurface(JsonWriter& json, const StepStatistics& step, const SurfaceQua
 
 } // namespace
 
-void writeQuality(JsonWriter& json, const QList<StepStatistics>& steps)
+void writeQuality(JsonWriter& json, const std::vector<StepStatistics>& steps)
 {
     json.beginArray("quality");
     for (const StepStatistics& step : steps) {

@@ -11,6 +11,8 @@
 
 #include <QStringList>
 
+#include <vector>
+
 namespace kelp::command {
 
 /// What run.json tells of a scan that was segmented.
@@ -32,7 +34,7 @@ struct RunRecord
     QStringList warnings; ///< sentences of qualityWarnings
     QStringList layers;   ///< identifiers of the final surfaces
     QStringList notFound; ///< those of surfacesNotFound
-    QList<kelp::oct::StepStatistics> steps;
+    std::vector<kelp::oct::StepStatistics> steps;
     double seconds = 0.0; ///< from reading to the last file
     std::size_t peakMemoryBytes = 0;
 

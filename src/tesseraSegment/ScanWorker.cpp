@@ -165,7 +165,7 @@ private:
         return record;
     }
 
-    QList<kelp::oct::StepStatistics> segment(const OCTScanSegPtr& segmentation)
+    std::vector<kelp::oct::StepStatistics> segment(const OCTScanSegPtr& segmentation)
     {
         ChainRun chain([this](const ChainProgress& progress) {
             tellProgress(chainStart + (chainEnd - chainStart) * progress.percentage / 100,

@@ -157,9 +157,10 @@ QualityCounts SurfaceQuality::all() const
         [](QualityCounts sum, const QualityCounts& part) { return sum += part; });
 }
 
-QList<SurfaceQuality> measureCutQuality(const SliceStackProperties& properties,
-                                        const MaskMatrix& mask, const QList<VolumeLayerPtr>& layers,
-                                        const IsWithoutRow& isWithoutRow)
+std::vector<SurfaceQuality> measureCutQuality(const SliceStackProperties& properties,
+                                              const MaskMatrix& mask,
+                                              const QList<VolumeLayerPtr>& layers,
+                                              const IsWithoutRow& isWithoutRow)
 {
     const auto [nrBScans, nrAScans] = properties.getDimensions();
     const int nrLayers = properties.getNrOfLayers();
@@ -168,9 +169,9 @@ QList<SurfaceQuality> measureCutQuality(const SliceStackProperties& properties,
           "Segmentation mask does not match the plan.");
 
     Room room(properties);
-    QList<SurfaceQuality> qualities;
+    std::vector<SurfaceQuality> qualities;
     for (const LayerNamePtr& name : properties.getLayerNames()) {
-        qualities.append({name->getIdentifier(), {}});
+        qualities.push_back({name->getIdentifier(), {}});
     }
     std::vector<QualityCounts> counts(static_cast<std::size_t>(nrLayers));
     for (unsigned z = 0; z < nrBScans; ++z) {
@@ -189,7 +190,8 @@ QList<SurfaceQuality> measureCutQuality(const SliceStackProperties& properties,
             }
         }
         for (int layer = 0; layer < nrLayers; ++layer) {
-            qualities[layer].bScans.append(counts[static_cast<std::size_t>(layer)]);
+            qualities[static_cast<std::size_t>(layer)].bScans.push_back(
+                counts[static_cast<std::size_t>(layer)]);
         }
     }
     return qualities;

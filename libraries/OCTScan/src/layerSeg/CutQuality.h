@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <functional>
+#include <vector>
 
 namespace kelp::oct {
 
@@ -33,7 +34,7 @@ struct QualityCounts
 struct SurfaceQuality
 {
     QString surface; ///< identifier of the layer name
-    QList<QualityCounts> bScans;
+    std::vector<QualityCounts> bScans;
 
     /// Over all B-scans.
     QualityCounts all() const;
@@ -44,8 +45,9 @@ using IsWithoutRow = std::function<bool(int layer, unsigned bScan, unsigned aSca
 
 /// The figures of a solved cut, by surface in the order of the plan.
 /// layers: the result in image rows, in the order of the plan.
-QList<SurfaceQuality> measureCutQuality(const SliceStackProperties& properties,
-                                        const MaskMatrix& mask, const QList<VolumeLayerPtr>& layers,
-                                        const IsWithoutRow& isWithoutRow);
+std::vector<SurfaceQuality> measureCutQuality(const SliceStackProperties& properties,
+                                              const MaskMatrix& mask,
+                                              const QList<VolumeLayerPtr>& layers,
+                                              const IsWithoutRow& isWithoutRow);
 
 } // namespace kelp::oct

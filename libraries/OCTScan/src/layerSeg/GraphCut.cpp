@@ -78,7 +78,7 @@ void GraphCut::measureQuality()
     for (const LayerNamePtr& name : m_properties.getLayerNames()) {
         layers.append(m_graph->getLayer(name));
     }
-    const QList<SurfaceQuality> quality =
+    const std::vector<SurfaceQuality> quality =
         measureCutQuality(m_properties, *m_mask, layers, [this](int layer, unsigned z, unsigned x) {
             return !m_graph->hasRow(layer, x, z);
         });

@@ -25,7 +25,7 @@ struct EveryPattern : PhantomChains, testing::WithParamInterface<phantom::Patter
         for (const StepStatistics& step : statistics) {
             for (const SurfaceQuality& quality : step.surfaces) {
                 measured.append(quality.surface);
-                EXPECT_EQ(quality.bScans.size(), segmentation->getOCT()->getBScanCount());
+                EXPECT_EQ(std::ssize(quality.bScans), segmentation->getOCT()->getBScanCount());
                 for (const QualityCounts& counts : quality.bScans) {
                     const bool isCoarse = quality.surface.endsWith("oarse");
                     EXPECT_EQ(counts.aScans, isCoarse ? 12 : 192);

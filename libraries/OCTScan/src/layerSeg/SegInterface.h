@@ -45,7 +45,7 @@ public:
     void segmentInnerFineConstant(OCTScanSegPtr octSeg, InnerDistProps distProps);
 
     /// What the steps since the last reset cost.
-    QList<StepStatistics> getStatistics() const { return m_watcher->getStatistics(); }
+    std::vector<StepStatistics> getStatistics() const { return m_watcher->getStatistics(); }
 
 public slots:
     void abortSegmentation();

@@ -87,10 +87,10 @@ TEST_F(Interface, ReportsARunOfThreeStepsOnce)
     EXPECT_EQ(recorder.progress().front(), 0);
     EXPECT_EQ(recorder.progress().back(), 100);
 
-    const QList<StepStatistics> statistics = segInterface.getStatistics();
-    ASSERT_EQ(statistics.size(), 3);
+    const std::vector<StepStatistics> statistics = segInterface.getStatistics();
+    ASSERT_EQ(statistics.size(), 3U);
     EXPECT_EQ(statistics[2].name, "segmentILMFine");
-    ASSERT_EQ(statistics[2].cuts.size(), 1);
+    ASSERT_EQ(statistics[2].cuts.size(), 1U);
     EXPECT_EQ(statistics[2].cuts[0].columns, 3U * 64U);
     EXPECT_GT(statistics[2].cuts[0].nodes, 0U);
     EXPECT_GT(statistics[2].seconds, 0.0);
@@ -216,12 +216,13 @@ TEST_F(Interface, AnAbortInTheSecondStepOfManyStopsTheRest)
     constexpr int steps = 20;
     const OCTScanSegPtr segmentation = largeRetina().makeSegmentation();
     segInterface.resetSegmentation();
+    const auto begun = [&] { return static_cast<int>(segInterface.getStatistics().size()); };
     int begunAtAbort = 0;
     QObject::connect(&segInterface, &SegInterface::statusChanged, &segInterface,
                      [&](const QString& text) {
                          if (text == QString("Segmentation step 2 of %1 has started").arg(steps)) {
                              segInterface.abortSegmentation();
-                             begunAtAbort = segInterface.getStatistics().size();
+                             begunAtAbort = begun();
                          }
                      });
     segInterface.segmentCoarse(segmentation);
@@ -230,12 +231,12 @@ TEST_F(Interface, AnAbortInTheSecondStepOfManyStopsTheRest)
     }
     waitForEvent("failure: Segmentation was aborted.");
     const auto fallenThrough = [&] { return recorder.count("status: " + aborting); };
-    waitUntil([&] { return fallenThrough() >= steps - segInterface.getStatistics().size(); });
+    waitUntil([&] { return fallenThrough() >= steps - begun(); });
     settle(300);
     EXPECT_THAT(recorder.failures(), ElementsAre("Segmentation was aborted."));
     EXPECT_EQ(recorder.count("success"), 0);
     EXPECT_LT(begunAtAbort, steps - 3);
-    EXPECT_LE(segInterface.getStatistics().size(), begunAtAbort + 1);
+    EXPECT_LE(begun(), begunAtAbort + 1);
     EXPECT_GE(fallenThrough(), 3);
 }
 
@@ -256,7 +257,7 @@ TEST_F(Interface, AnAbortInMidSolveStoresNothingOfTheStep)
         waitForEvent("status: Solving graph");
         segInterface.abortSegmentation();
         const double start = processorSeconds();
-        isInMidSolve = segInterface.getStatistics().last().cuts.isEmpty();
+        isInMidSolve = segInterface.getStatistics().back().cuts.empty();
         if (!isInMidSolve) {
             continue;
         }
@@ -283,7 +284,7 @@ TEST_F(Interface, AResetInMidRunKillsWhatWasLeftAndTheNextRunIsWhole)
     recorder.clear();
     settle(200);
     EXPECT_THAT(recorder.events(), IsEmpty()) << "nothing of the former run reaches the next one";
-    EXPECT_TRUE(segInterface.getStatistics().isEmpty());
+    EXPECT_TRUE(segInterface.getStatistics().empty());
 
     const OCTScanSegPtr segmentation = Retina().makeSegmentation();
     queueChain(segInterface, segmentation, SegmentationChain::Mouse, false, false);

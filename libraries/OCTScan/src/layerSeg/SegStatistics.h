@@ -2,10 +2,10 @@
 
 #include "CutQuality.h"
 
-#include <QList>
 #include <QString>
 
 #include <cstddef>
+#include <vector>
 
 namespace kelp::oct {
 
@@ -19,15 +19,16 @@ struct CutStatistics
     double solveSeconds = 0.0;
 };
 
-/// What one step of a chain cost.
+/// What one step of a chain cost. In vectors, whose copies share nothing: a thread that asks during
+/// a run reads its copy while the step writes on.
 struct StepStatistics
 {
     QString name; ///< the slot's, for instance "segmentCoarse"
     double seconds = 0.0;
-    QList<CutStatistics> cuts;
-    QList<SurfaceQuality> surfaces;  ///< of all cuts of the step
-    double qualitySeconds = 0.0;     ///< what counting them took, within seconds
-    std::size_t peakMemoryBytes = 0; ///< highest resident size of the process so far
+    std::vector<CutStatistics> cuts;
+    std::vector<SurfaceQuality> surfaces; ///< of all cuts of the step
+    double qualitySeconds = 0.0;          ///< what counting them took, within seconds
+    std::size_t peakMemoryBytes = 0;      ///< highest resident size of the process so far
 };
 
 /// The highest resident size of this process so far.

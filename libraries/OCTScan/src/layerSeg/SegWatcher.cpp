@@ -95,19 +95,20 @@ void SegWatcher::reset()
 void SegWatcher::beginStepStatistics(const QString& name)
 {
     const std::lock_guard lock(m_statisticsMutex);
-    m_openSteps.append({m_statistics.size(), std::chrono::steady_clock::now()});
+    m_openSteps.push_back({m_statistics.size(), std::chrono::steady_clock::now()});
     StepStatistics step;
     step.name = name;
-    m_statistics.append(step);
+    m_statistics.push_back(step);
 }
 
 void SegWatcher::endStepStatistics()
 {
     const std::lock_guard lock(m_statisticsMutex);
-    if (m_openSteps.isEmpty()) {
+    if (m_openSteps.empty()) {
         return;
     }
-    const OpenStep open = m_openSteps.takeLast();
+    const OpenStep open = m_openSteps.back();
+    m_openSteps.pop_back();
     StepStatistics& step = m_statistics[open.index];
     step.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - open.start).count();
@@ -124,22 +125,22 @@ void SegWatcher::leaveStep()
 void SegWatcher::addCutStatistics(const CutStatistics& cut)
 {
     const std::lock_guard lock(m_statisticsMutex);
-    if (!m_openSteps.isEmpty()) {
-        m_statistics[m_openSteps.last().index].cuts.append(cut);
+    if (!m_openSteps.empty()) {
+        m_statistics[m_openSteps.back().index].cuts.push_back(cut);
     }
 }
 
-void SegWatcher::addCutQuality(const QList<SurfaceQuality>& surfaces, double seconds)
+void SegWatcher::addCutQuality(const std::vector<SurfaceQuality>& surfaces, double seconds)
 {
     const std::lock_guard lock(m_statisticsMutex);
-    if (!m_openSteps.isEmpty()) {
-        StepStatistics& step = m_statistics[m_openSteps.last().index];
-        step.surfaces.append(surfaces);
+    if (!m_openSteps.empty()) {
+        StepStatistics& step = m_statistics[m_openSteps.back().index];
+        step.surfaces.insert(step.surfaces.end(), surfaces.begin(), surfaces.end());
         step.qualitySeconds += seconds;
     }
 }
 
-QList<StepStatistics> SegWatcher::getStatistics() const
+std::vector<StepStatistics> SegWatcher::getStatistics() const
 {
     const std::lock_guard lock(m_statisticsMutex);
     return m_statistics;

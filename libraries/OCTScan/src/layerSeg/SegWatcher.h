@@ -9,6 +9,7 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace kelp::oct {
 
@@ -48,10 +49,10 @@ public:
     void endStepStatistics();
     void addCutStatistics(const CutStatistics& cut);
     /// How the surfaces of a cut came out; seconds is what finding it out took.
-    void addCutQuality(const QList<SurfaceQuality>& surfaces, double seconds);
+    void addCutQuality(const std::vector<SurfaceQuality>& surfaces, double seconds);
     /// The last thing that a step does with this object.
     void leaveStep();
-    QList<StepStatistics> getStatistics() const;
+    std::vector<StepStatistics> getStatistics() const;
 
 signals:
     void segmentationStarted();
@@ -68,12 +69,12 @@ private:
     mutable std::mutex m_statisticsMutex;
     struct OpenStep
     {
-        int index = 0;
+        std::size_t index = 0;
         std::chrono::steady_clock::time_point start;
     };
 
-    QList<StepStatistics> m_statistics;
-    QList<OpenStep> m_openSteps; ///< the innermost last
+    std::vector<StepStatistics> m_statistics;
+    std::vector<OpenStep> m_openSteps; ///< the innermost last
 };
 
 } // namespace kelp::oct

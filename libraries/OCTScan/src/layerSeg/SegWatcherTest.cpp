@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <thread>
+#include <vector>
 
 namespace kelp::oct {
 namespace {
@@ -188,18 +190,50 @@ TEST(SegWatcher, KeepsTheStatisticsOfNestedStepsApart)
     watcher.endStepStatistics();
     watcher.endStepStatistics(); // nothing is open any more
 
-    const QList<StepStatistics> statistics = watcher.getStatistics();
-    ASSERT_EQ(statistics.size(), 2);
+    const std::vector<StepStatistics> statistics = watcher.getStatistics();
+    ASSERT_EQ(statistics.size(), 2U);
     EXPECT_EQ(statistics[0].name, "outer");
-    EXPECT_TRUE(statistics[0].cuts.isEmpty());
+    EXPECT_TRUE(statistics[0].cuts.empty());
     EXPECT_EQ(statistics[1].name, "inner");
-    ASSERT_EQ(statistics[1].cuts.size(), 1);
+    ASSERT_EQ(statistics[1].cuts.size(), 1U);
     EXPECT_EQ(statistics[1].cuts[0].nodes, 7U);
     EXPECT_GE(statistics[0].seconds, statistics[1].seconds);
     EXPECT_GT(statistics[1].peakMemoryBytes, 1000000U);
 
     watcher.reset();
-    EXPECT_TRUE(watcher.getStatistics().isEmpty());
+    EXPECT_TRUE(watcher.getStatistics().empty());
+}
+
+/// What the thread sanitizer reports if a copy of the statistics shares memory with the watcher's.
+TEST(SegWatcher, LetsACopyOfTheStatisticsBeUsedWhileTheStepWritesOn)
+{
+    SegWatcher watcher;
+    std::atomic<bool> isOver{false};
+    std::thread worker([&] {
+        for (int i = 0; i < 200; ++i) {
+            watcher.beginStepStatistics("segmentCoarse");
+            watcher.addCutStatistics({});
+            watcher.addCutQuality({{"ILM", {{1, 0, 0, 0, 0}}}}, 1.0);
+            watcher.endStepStatistics();
+        }
+        isOver = true;
+    });
+    while (!isOver) {
+        std::vector<StepStatistics> steps = watcher.getStatistics();
+        for (StepStatistics& step : steps) {
+            step.name.append("!");
+            step.cuts.push_back({});
+            step.surfaces.push_back({});
+        }
+    }
+    worker.join();
+    const std::vector<StepStatistics> steps = watcher.getStatistics();
+    EXPECT_EQ(steps.size(), 200U);
+    for (const StepStatistics& step : steps) {
+        EXPECT_EQ(step.name, "segmentCoarse");
+        EXPECT_EQ(step.cuts.size(), 1U);
+        EXPECT_EQ(step.surfaces.size(), 1U);
+    }
 }
 
 TEST(SegWatcher, MayBeCalledFromTwoThreads)

@@ -40,7 +40,7 @@ TEST_P(AnySlot, FallsThroughWhenTheRunIsStopped)
     GetParam().call(worker, Retina().makeSegmentation());
     EXPECT_THAT(recorder.events(), ElementsAre("status: " + aborting));
     EXPECT_THAT(recorder.progress(), IsEmpty());
-    EXPECT_TRUE(watcher->getStatistics().isEmpty()) << "not even the statistics begin";
+    EXPECT_TRUE(watcher->getStatistics().empty()) << "not even the statistics begin";
 }
 
 TEST_P(AnySlot, RefusesANullSegmentation)
@@ -74,8 +74,8 @@ TEST_P(AnySlot, TellsOneFailureAndLeavesTheNextStepToFallThrough)
 TEST_P(AnySlot, KeepsItsNameAndTimeInTheStatistics)
 {
     GetParam().call(worker, OCTScanSegPtr());
-    const QList<StepStatistics> statistics = watcher->getStatistics();
-    ASSERT_EQ(statistics.size(), 1);
+    const std::vector<StepStatistics> statistics = watcher->getStatistics();
+    ASSERT_EQ(statistics.size(), 1U);
     EXPECT_EQ(statistics[0].name, GetParam().name);
     EXPECT_GT(statistics[0].peakMemoryBytes, 0U);
 }

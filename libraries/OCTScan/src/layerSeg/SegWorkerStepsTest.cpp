@@ -451,7 +451,7 @@ TEST_F(Steps, WithoutNarrowingTheInnerSurfacesAreSoughtOverTheWholeSpan)
                                                   layer(LayerNameISe::create()), gcl, inl, onl,
                                                   scan, distributions, params);
         watcher->endStepStatistics();
-        return watcher->getStatistics().last().cuts.last().nodes;
+        return watcher->getStatistics().back().cuts.back().nodes;
     };
     const std::size_t narrowed = solve();
     params.searchRangeOn = false;
@@ -469,8 +469,8 @@ TEST_F(Steps, MaskedColumnsTakeNoPartInTheCuts)
     worker.segmentCoarse(segmentation);
     worker.segmentILMFine(segmentation, false, false);
     EXPECT_THAT(recorder.failures(), IsEmpty());
-    EXPECT_EQ(watcher->getStatistics().last().cuts.last().columns, 2U * 64U);
-    const SurfaceQuality quality = watcher->getStatistics().last().surfaces.last();
+    EXPECT_EQ(watcher->getStatistics().back().cuts.back().columns, 2U * 64U);
+    const SurfaceQuality quality = watcher->getStatistics().back().surfaces.back();
     EXPECT_EQ(quality.bScans[0], QualityCounts());
     EXPECT_EQ(quality.all().aScans, 2 * 64);
 }
@@ -489,7 +489,7 @@ TEST_F(Steps, EachStepTellsHowItsSurfacesCameOut)
     std::vector<std::string> told;
     for (const StepStatistics& step : watcher->getStatistics()) {
         for (const SurfaceQuality& quality : step.surfaces) {
-            EXPECT_EQ(quality.bScans.size(), 3);
+            EXPECT_EQ(quality.bScans.size(), 3U);
             told.push_back((step.name + ' ' + quality.surface).toStdString() + ' ' +
                            std::to_string(quality.all().aScans));
             EXPECT_EQ(quality.all().withoutRow, 0);
@@ -516,8 +516,8 @@ TEST_F(Steps, SurfacesThatFindNoPlaceAreToldOf)
     worker.segmentInnerFineConstant(segmentation, props);
     EXPECT_THAT(recorder.failures(), IsEmpty());
     int withoutRow = 0;
-    const QList<StepStatistics> statistics = watcher->getStatistics();
-    for (const SurfaceQuality& quality : statistics.last().surfaces) {
+    const std::vector<StepStatistics> statistics = watcher->getStatistics();
+    for (const SurfaceQuality& quality : statistics.back().surfaces) {
         EXPECT_EQ(quality.all().withoutRoom, 3 * 64) << quality.surface.toStdString();
         withoutRow += quality.all().withoutRow;
     }

@@ -143,7 +143,7 @@ QStringList chainSteps(SegmentationChain chain)
     return names;
 }
 
-bool isChainDone(const QList<StepStatistics>& statistics, SegmentationChain chain)
+bool isChainDone(const std::vector<StepStatistics>& statistics, SegmentationChain chain)
 {
     const QString last = chainSteps(chain).last();
     return std::any_of(statistics.begin(), statistics.end(), [&last](const StepStatistics& step) {

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <optional>
+#include <vector>
 
 namespace kelp::oct {
 
@@ -30,7 +31,7 @@ QStringList chainSteps(SegmentationChain chain);
 
 /// Whether the chain's last step is over, by what the run's steps cost so far. On circular scans
 /// success is told before that step has even begun.
-bool isChainDone(const QList<StepStatistics>& statistics, SegmentationChain chain);
+bool isChainDone(const std::vector<StepStatistics>& statistics, SegmentationChain chain);
 
 /// The distances of ISe and BM where no trained model fits: means in micrometres, and weights.
 struct OuterDistProps

@@ -66,9 +66,9 @@ QList<int> concernedBScans(const SurfaceQuality& surface, Finding finding)
         leastShare = reaches(surface.all(), finding, shareOfSurface) ? 0.0 : shareOfBScan;
     }
     QList<int> concerned;
-    for (int i = 0; i < surface.bScans.size(); ++i) {
-        if (reaches(surface.bScans.at(i), finding, leastShare)) {
-            concerned.append(i);
+    for (std::size_t i = 0; i < surface.bScans.size(); ++i) {
+        if (reaches(surface.bScans[i], finding, leastShare)) {
+            concerned.append(static_cast<int>(i));
         }
     }
     return concerned;
@@ -168,7 +168,7 @@ void addWarning(QList<Warning>& warnings, const SurfaceQuality& surface, Finding
     }
     QualityCounts sum;
     for (const int index : concerned) {
-        sum += surface.bScans.at(index);
+        sum += surface.bScans[static_cast<std::size_t>(index)];
     }
     const auto nrUnmasked =
         std::count_if(surface.bScans.begin(), surface.bScans.end(),
@@ -192,7 +192,7 @@ void addWarning(QList<Warning>& warnings, const SurfaceQuality& surface, Finding
 
 } // namespace
 
-QStringList qualityWarnings(const QList<StepStatistics>& steps)
+QStringList qualityWarnings(const std::vector<StepStatistics>& steps)
 {
     QList<Warning> warnings;
     for (const StepStatistics& step : steps) {
@@ -218,7 +218,7 @@ QStringList qualityWarnings(const QList<StepStatistics>& steps)
     return sentences;
 }
 
-QStringList surfacesNotFound(const QList<StepStatistics>& steps)
+QStringList surfacesNotFound(const std::vector<StepStatistics>& steps)
 {
     QStringList identifiers;
     for (const StepStatistics& step : steps) {

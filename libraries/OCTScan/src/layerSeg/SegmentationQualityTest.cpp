@@ -20,19 +20,19 @@ SurfaceQuality surface(const char* identifier, int QualityCounts::*count,
         QualityCounts counts;
         counts.aScans = aScans;
         counts.*count = number;
-        quality.bScans.append(counts);
+        quality.bScans.push_back(counts);
     }
     return quality;
 }
 
-StepStatistics step(const QList<SurfaceQuality>& surfaces)
+StepStatistics step(const std::vector<SurfaceQuality>& surfaces)
 {
     StepStatistics statistics;
     statistics.surfaces = surfaces;
     return statistics;
 }
 
-std::vector<std::string> warnings(const QList<StepStatistics>& steps)
+std::vector<std::string> warnings(const std::vector<StepStatistics>& steps)
 {
     std::vector<std::string> texts;
     for (const QString& text : qualityWarnings(steps)) {
@@ -43,7 +43,7 @@ std::vector<std::string> warnings(const QList<StepStatistics>& steps)
 
 std::vector<std::string> warnings(const SurfaceQuality& quality)
 {
-    return warnings(QList<StepStatistics>{step({quality})});
+    return warnings(std::vector<StepStatistics>{step({quality})});
 }
 
 constexpr auto atTop = &QualityCounts::atTop;
@@ -95,7 +95,7 @@ TEST(QualityWarnings, NameTheBScansFromOne)
 TEST(QualityWarnings, LeaveMaskedBScansOutOfTheWhole)
 {
     SurfaceQuality quality = surface("BM", withoutRow, {100, 100});
-    quality.bScans.append(QualityCounts());
+    quality.bScans.push_back(QualityCounts());
     EXPECT_THAT(warnings(quality), ElementsAre("BM: no surface found in 100 % of the A-scans, the "
                                                "result is not a segmentation"));
 }
@@ -163,7 +163,7 @@ TEST(QualityWarnings, PutTheWorstFirst)
                             "ILM: at the lower end", "ILM coarse: at the upper end"));
 }
 
-std::vector<std::string> notFound(const QList<StepStatistics>& steps)
+std::vector<std::string> notFound(const std::vector<StepStatistics>& steps)
 {
     std::vector<std::string> identifiers;
     for (const QString& identifier : surfacesNotFound(steps)) {

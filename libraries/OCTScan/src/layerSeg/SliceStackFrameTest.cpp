@@ -235,8 +235,8 @@ TEST_F(SliceStackFrameTest, AnAbortDuringTheBuildLeavesAPartialGraphThatIsNotSol
     EXPECT_FALSE(graph->regularizeLayerWithExpectedAngle(m_ilm));
     graph->segment();
     EXPECT_EQ(m_said.filter("Graph solved").size(), 0);
-    EXPECT_TRUE(m_cut.watcher->getStatistics().isEmpty() ||
-                m_cut.watcher->getStatistics().last().cuts.isEmpty());
+    EXPECT_TRUE(m_cut.watcher->getStatistics().empty() ||
+                m_cut.watcher->getStatistics().back().cuts.empty());
 }
 
 TEST_F(SliceStackFrameTest, AnAbortDuringTheSolveStoresNothing)
@@ -261,9 +261,9 @@ TEST_F(SliceStackFrameTest, ACutTellsTheWatcherWhatItCost)
     (*m_cut.mask)(0, 0) = 1;
     const auto graph = m_cut.build();
     graph->segment();
-    const QList<StepStatistics> steps = m_cut.watcher->getStatistics();
-    ASSERT_EQ(steps.size(), 1);
-    ASSERT_EQ(steps[0].cuts.size(), 1);
+    const std::vector<StepStatistics> steps = m_cut.watcher->getStatistics();
+    ASSERT_EQ(steps.size(), 1U);
+    ASSERT_EQ(steps[0].cuts.size(), 1U);
     const CutStatistics& cut = steps[0].cuts[0];
     EXPECT_EQ(cut.columns, 2U * 5U);
     EXPECT_EQ(cut.nodes, 2U * 5U * 5U);

@@ -28,7 +28,7 @@ struct PhantomChains : testing::Test
     QTemporaryDir folder;
     phantom::Export phantom;
     OCTScanSegPtr segmentation;
-    QList<StepStatistics> statistics; ///< of the last run
+    std::vector<StepStatistics> statistics; ///< of the last run
 
     void make(phantom::Options options)
     {

@@ -44,7 +44,7 @@ SurfaceQuality measureOne(const TinyCut& cut, const std::vector<int>& rows,
 {
     return measureCutQuality(cut.properties(), *cut.mask, {layerOf(cut.nZ, cut.nX, rows)},
                              isWithoutRow)
-        .first();
+        .front();
 }
 
 struct CutQuality : testing::Test
@@ -178,9 +178,10 @@ TEST_F(CutQuality, TheGraphGivesAllSurfacesOfAColumnARowExactlyWhereThereIsRoom)
             cut.properties(), *cut.mask, layers,
             [&](int layer, unsigned z, unsigned x) { return !graph->hasRow(layer, x, z); });
         withRoom += allRows ? 1 : 0;
-        for (int i = 0; i < qualities.size(); ++i) {
-            ASSERT_EQ(qualities[i].all().withoutRoom, allRows ? 0 : 1) << "round " << round;
-            ASSERT_EQ(qualities[i].all().withoutRow, graph->hasRow(i, 0, 0) ? 0 : 1);
+        int layer = 0;
+        for (const SurfaceQuality& quality : qualities) {
+            ASSERT_EQ(quality.all().withoutRoom, allRows ? 0 : 1) << "round " << round;
+            ASSERT_EQ(quality.all().withoutRow, graph->hasRow(layer++, 0, 0) ? 0 : 1);
         }
     }
     EXPECT_GT(withRoom, rounds / 10);

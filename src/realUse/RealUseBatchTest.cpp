@@ -18,7 +18,6 @@
 using namespace batchtab;
 using kelp::phantom::Pattern;
 using testing::Contains;
-using testing::HasSubstr;
 
 namespace {
 

@@ -203,7 +203,7 @@ TEST_F(CompareCommand, SaysThatAResultDoesNotDifferFromItself)
     EXPECT_EQ(record.value("a").toString(), result);
     // Each file that is there is named, so that the next run can replace it.
     QSet<QString> named{"compare.json"};
-    for (const QJsonValue& name : record.value("files").toArray()) {
+    for (const QJsonValue name : record.value("files").toArray()) {
         named.insert(name.toString());
     }
     for (const auto& [name, content] : filesBelow(path("c"))) {

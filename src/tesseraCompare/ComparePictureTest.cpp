@@ -64,6 +64,7 @@ TEST(AgreementDensity, HoldsEveryPairOnceAndWholeRowsAlike)
 TEST(AgreementDensity, HasLargerCellsForALongRange)
 {
     std::vector<ThicknessPair> pairs;
+    pairs.reserve(1000);
     for (int a = 0; a < 1000; ++a) {
         pairs.push_back({a * 2.0, 0.0});
     }

@@ -78,10 +78,8 @@ TEST(Quantile, IsThatOfTheSortedValues)
     std::mt19937 random(7);
     std::uniform_int_distribution<int> number(-50, 50);
     for (int size = 1; size < 60; ++size) {
-        std::vector<double> values;
-        for (int i = 0; i < size; ++i) {
-            values.push_back(number(random));
-        }
+        std::vector<double> values(static_cast<std::size_t>(size));
+        std::generate(values.begin(), values.end(), [&] { return number(random); });
         std::vector<double> sorted = values;
         std::sort(sorted.begin(), sorted.end());
         for (const double part : {0.0, 0.25, 0.5, 0.95, 1.0}) {

@@ -3,8 +3,8 @@
 #include "DifferenceStatistics.h"
 #include "ScanSurfaces.h"
 
-#include <compare>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kelp::compare {
@@ -18,8 +18,12 @@ struct ThicknessPair
     double mean() const { return (a + b) / 2.0; }
     double difference() const { return a - b; }
 
+    friend bool operator==(const ThicknessPair&, const ThicknessPair&) = default;
     /// An order without a meaning, for counting.
-    auto operator<=>(const ThicknessPair& other) const = default;
+    friend bool operator<(const ThicknessPair& one, const ThicknessPair& other)
+    {
+        return std::pair(one.a, one.b) < std::pair(other.a, other.b);
+    }
 };
 
 DifferenceStatistics differencesOf(const std::vector<ThicknessPair>& pairs);

@@ -40,8 +40,8 @@ Stretch stretchFor(const QImage& image, double aScanSpacing, double rowSpacing)
 }
 
 /// One surface as the lines between masked stretches, through the centres of its pixels.
-QList<QPolygonF> surfaceLines(const kelp::oct::BScanSegmentationLayer& layer,
-                              const QList<bool>& mask, const Stretch& stretch)
+QList<QPolygonF> surfaceLines(const BScanSegmentationLayer& layer, const QList<bool>& mask,
+                              const Stretch& stretch)
 {
     QList<QPolygonF> lines;
     QPolygonF line;

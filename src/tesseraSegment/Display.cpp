@@ -45,10 +45,10 @@ QString durationText(qint64 milliseconds)
 {
     constexpr qint64 minute = 60;
     constexpr qint64 hour = 60 * minute;
-    constexpr qint64 tenths = 100;
+    constexpr qint64 tenth = 100;
     if (milliseconds < 10 * 1000) {
-        return QString("%1 s").arg(static_cast<double>((milliseconds + tenths / 2) / tenths) / 10.0,
-                                   0, 'f', 1);
+        const qint64 tenths = (milliseconds + tenth / 2) / tenth;
+        return QString("%1 s").arg(static_cast<double>(tenths) / 10.0, 0, 'f', 1);
     }
     const qint64 seconds = (milliseconds + 500) / 1000;
     if (seconds < minute) {

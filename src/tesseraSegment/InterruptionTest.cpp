@@ -11,7 +11,6 @@
 
 using kelp::command::FolderLock;
 using kelp::command::test::CommandFixture;
-using kelp::command::test::Finished;
 using kelp::command::test::waitUntil;
 
 namespace {

@@ -13,8 +13,6 @@
 
 using kelp::command::test::CommandFixture;
 using kelp::command::test::Finished;
-using ::testing::Each;
-using ::testing::ElementsAre;
 
 namespace {
 
@@ -75,7 +73,7 @@ protected:
     QStringList recordedWarnings() const
     {
         QStringList texts;
-        for (const QJsonValue& text : record()["warnings"].toArray()) {
+        for (const QJsonValue text : record()["warnings"].toArray()) {
             texts.append(text.toString());
         }
         return texts;
@@ -176,7 +174,7 @@ TEST_F(QualityCommand, RecordsFiguresOfEverySurfaceAndBScan)
 {
     segment({writeExport("in")});
     QStringList surfaces;
-    for (const QJsonValue& value : record()["quality"].toArray()) {
+    for (const QJsonValue value : record()["quality"].toArray()) {
         const QJsonObject surface = value.toObject();
         const QString name = surface["surface"].toString();
         surfaces.append(name);

@@ -10,7 +10,6 @@
 
 using kelp::command::test::CommandFixture;
 using kelp::command::test::Finished;
-using ::testing::ElementsAre;
 
 namespace {
 

@@ -156,7 +156,7 @@ URI relocated(const URI& uri, const LocatedFile& former, const QString& path)
         written.replace('/', '\\');
     }
     const QString encoded = URI::compose(QString(), written).toString().section(':', 1);
-    const QString text = uri.toString();
+    const QString& text = uri.toString();
     const QString query = text.contains('?') ? text.mid(text.indexOf('?')) : QString();
     const QString beforeQuery = text.left(text.size() - query.size());
     return URI(beforeQuery.left(beforeQuery.indexOf(':') + 1) + encoded + query);

@@ -86,10 +86,8 @@ QByteArray replaceNumber(QByteArray bytes, Random& random)
     }
     const int changes = 1 + below(random, 3);
     // From the back, so that the places of those before stay.
-    std::vector<int> chosen;
-    for (int i = 0; i < changes; ++i) {
-        chosen.push_back(below(random, numbers.size()));
-    }
+    std::vector<int> chosen(static_cast<std::size_t>(changes));
+    std::generate(chosen.begin(), chosen.end(), [&] { return below(random, numbers.size()); });
     std::sort(chosen.rbegin(), chosen.rend());
     chosen.erase(std::unique(chosen.begin(), chosen.end()), chosen.end());
     for (const int index : chosen) {

@@ -106,7 +106,9 @@ TEST(LayerNameRegistry, HoldsOneInstanceOfEachClass)
         EXPECT_TRUE(*found == *expected.name);
         EXPECT_EQ(found, LayerName::fromIdentifier(expected.identifier));
         EXPECT_EQ(found, LayerNameRegistry::entries().value(expected.identifier));
-        EXPECT_EQ(typeid(*found.data()), typeid(*expected.name.data()));
+        const LayerName& foundName = *found;
+        const LayerName& expectedName = *expected.name;
+        EXPECT_EQ(typeid(foundName), typeid(expectedName));
     }
 }
 

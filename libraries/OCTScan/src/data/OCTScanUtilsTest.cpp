@@ -102,6 +102,7 @@ TEST_F(Export, ImageVolumeRefusesUnequalBScans)
 std::vector<int> columnOf(const kelp::ImagePtr& volume, int z, int x)
 {
     std::vector<int> column;
+    column.reserve(nrRows);
     for (int y = 0; y < nrRows; ++y) {
         column.push_back(volume->pixels<unsigned char>()[(z * nrRows + y) * nrAScans + x]);
     }
@@ -272,28 +273,30 @@ TEST_F(Export, NothingIsWrittenWithoutLayersOrPairs)
     EXPECT_TRUE(files().isEmpty());
 }
 
-using Writer = void (*)(const OCTScanSegPtr&, const QString&, QStringList*);
-
-const struct
+struct Writer
 {
-    Writer write;
+    void (*write)(const OCTScanSegPtr&, const QString&, QStringList*);
     const char* name;
-} writers[] = {{OCTScanUtils::writeLayersCSV, "writeLayersCSV"},
-               {OCTScanUtils::writeThicknessCSV, "writeThicknessCSV"},
-               {OCTScanUtils::writeLayersRawUInt16, "writeLayersRawUInt16"}};
+};
+
+const Writer writers[] = {{OCTScanUtils::writeLayersCSV, "writeLayersCSV"},
+                          {OCTScanUtils::writeThicknessCSV, "writeThicknessCSV"},
+                          {OCTScanUtils::writeLayersRawUInt16, "writeLayersRawUInt16"}};
 
 TEST_F(Export, ArgumentsAreCheckedBeforeTheDirectory)
 {
-    for (const auto& [write, name] : writers) {
-        const QString place = QString(prefix) + name + ": ";
-        EXPECT_EQ(messageOf<Assertion>([&] { write(OCTScanSegPtr(), path("none"), nullptr); }),
-                  place + "OCT scan segmentation is null.");
+    for (const Writer& writer : writers) {
+        const QString place = QString(prefix) + writer.name + ": ";
         EXPECT_EQ(
-            messageOf<Assertion>([&] { write(new OCTScanSegmentation, path("none"), nullptr); }),
-            place + "OCT scan is null.");
-        EXPECT_EQ(messageOf<IOFailure>([&] { write(m_segmentation, path("none"), nullptr); }),
-                  "Directory does not exist.");
-        EXPECT_EQ(messageOf<IOFailure>([&] { write(m_segmentation, QString(), nullptr); }),
+            messageOf<Assertion>([&] { writer.write(OCTScanSegPtr(), path("none"), nullptr); }),
+            place + "OCT scan segmentation is null.");
+        EXPECT_EQ(messageOf<Assertion>(
+                      [&] { writer.write(new OCTScanSegmentation, path("none"), nullptr); }),
+                  place + "OCT scan is null.");
+        EXPECT_EQ(
+            messageOf<IOFailure>([&] { writer.write(m_segmentation, path("none"), nullptr); }),
+            "Directory does not exist.");
+        EXPECT_EQ(messageOf<IOFailure>([&] { writer.write(m_segmentation, QString(), nullptr); }),
                   "Directory does not exist.");
     }
 }
@@ -308,9 +311,9 @@ TEST_F(Export, AFileThatCannotBeOpenedIsSkipped)
         ASSERT_TRUE(QDir().mkdir(path(taken)));
     }
     QStringList failed;
-    for (const auto& [write, name] : writers) {
-        write(m_segmentation, folder(), nullptr);
-        write(m_segmentation, folder(), &failed);
+    for (const Writer& writer : writers) {
+        writer.write(m_segmentation, folder(), nullptr);
+        writer.write(m_segmentation, folder(), &failed);
     }
     EXPECT_EQ(failed, QStringList({path("layer_ILM.csv"), path("thickness_ILM_GCL.csv"),
                                    path("layer_ILM.raw")}));
@@ -329,9 +332,9 @@ TEST_F(Export, AFullDiskIsNoticed)
         ASSERT_TRUE(QFile::link("/dev/full", path(full)));
     }
     QStringList failed;
-    for (const auto& [write, name] : writers) {
-        EXPECT_NO_THROW(write(m_segmentation, folder(), nullptr)) << name;
-        write(m_segmentation, folder(), &failed);
+    for (const Writer& writer : writers) {
+        EXPECT_NO_THROW(writer.write(m_segmentation, folder(), nullptr)) << writer.name;
+        writer.write(m_segmentation, folder(), &failed);
     }
     EXPECT_EQ(failed, QStringList({path("layer_BM.csv"), path("thickness_ILM_BM.csv"),
                                    path("layer_BM.raw")}));
@@ -369,9 +372,10 @@ TEST_F(Export, AMaskNarrowerThanTheSurfacesIsRefused)
     contents.positions[1] = narrow.positions[1];
     m_segmentation = new OCTScanSegmentation(makeTestScan(contents));
     setFlat(LayerNameILM::create(), 1);
-    for (const auto& [write, name] : writers) {
-        EXPECT_EQ(messageOf<Assertion>([&] { write(m_segmentation, folder(), nullptr); }),
-                  QString(prefix) + name + ": Mismatch between mask (2 x 3) and scan (2 x 4).");
+    for (const Writer& writer : writers) {
+        EXPECT_EQ(messageOf<Assertion>([&] { writer.write(m_segmentation, folder(), nullptr); }),
+                  QString(prefix) + writer.name +
+                      ": Mismatch between mask (2 x 3) and scan (2 x 4).");
     }
     EXPECT_EQ(messageOf<Assertion>([&] { OCTScanUtils::getLabelVolume(m_segmentation); }),
               QString(prefix) + "getLabelVolume: Mismatch between mask (2 x 3) and scan (2 x 4).");

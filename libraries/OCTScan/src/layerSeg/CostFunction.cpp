@@ -61,7 +61,8 @@ void CostFunction::computeKernels()
     const double firstDivisor = sigma * sigma * sigma * root;
     const double secondDivisor = sigma * sigma * sigma * sigma * sigma * root;
     for (std::size_t tap = 0; tap < taps; ++tap) {
-        const auto x = static_cast<float>(static_cast<int>(tap) - kernelSize / 2);
+        const int offset = static_cast<int>(tap) - kernelSize / 2;
+        const auto x = static_cast<float>(offset);
         const double wideX = x;
         const double e = std::exp(-0.5 * static_cast<double>(x * x));
         firstDerivativeKernel[tap] = static_cast<float>(-(wideX * e) / firstDivisor);

@@ -27,7 +27,8 @@ Costs kernel(int taps, bool second)
 {
     Costs result;
     for (int i = 0; i < taps; ++i) {
-        const float x = static_cast<float>(i - taps / 2);
+        const int offset = i - taps / 2;
+        const float x = static_cast<float>(offset);
         const float xx = x * x;
         const double e = std::exp(-0.5 * static_cast<double>(xx));
         const double root = std::sqrt(2.0 * M_PI);
@@ -52,8 +53,9 @@ Costs convolve(const Costs& in, const Costs& taps)
     for (int i = k / 2; i <= n - k / 2 - 1; ++i) {
         float sum = 0.0F;
         for (int j = 0; j < k; ++j) {
+            const int place = i - k / 2 + j;
             const float product =
-                taps[static_cast<std::size_t>(j)] * in[static_cast<std::size_t>(i - k / 2 + j)];
+                taps[static_cast<std::size_t>(j)] * in[static_cast<std::size_t>(place)];
             sum = sum + product;
         }
         out[static_cast<std::size_t>(i)] =
@@ -203,6 +205,7 @@ TEST(CostFunction, GivesThreadsThatShareItTheSameAsOne)
         const Costs expected = costsOf(*surface.function, column, 100, 190);
         std::array<int, 4> different{};
         std::vector<std::thread> threads;
+        threads.reserve(different.size());
         for (int& count : different) {
             threads.emplace_back([&] {
                 for (int round = 0; round < 200; ++round) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -285,10 +286,8 @@ TEST(ResampleLayer, ChecksItsArguments)
 
 TEST(InnerSearchRangesConstant, CutsTheTypicalThicknessesInHalf)
 {
-    std::vector<VolumeLayerPtr> out;
-    for (int i = 0; i < 6; ++i) {
-        out.push_back(layer(1, 2, {0}));
-    }
+    std::vector<VolumeLayerPtr> out(6);
+    std::generate(out.begin(), out.end(), [] { return layer(1, 2, {0}); });
     // Thicknesses of 10, 20, 30 and 40 rows, once in a gap of 100 rows and once in one of 52.
     LayerUtils::getInnerSearchRangesConstant(layer(1, 2, {100}), layer(1, 2, {200, 152}), out[0],
                                              out[1], out[2], out[3], out[4], out[5], 40, 80, 120,
@@ -303,10 +302,8 @@ TEST(InnerSearchRangesConstant, CutsTheTypicalThicknessesInHalf)
 
 TEST(InnerSearchRangesConstant, KeepsEightRowsWhereTheGapIsNarrow)
 {
-    std::vector<VolumeLayerPtr> out;
-    for (int i = 0; i < 6; ++i) {
-        out.push_back(layer(1, 1, {0}));
-    }
+    std::vector<VolumeLayerPtr> out(6);
+    std::generate(out.begin(), out.end(), [] { return layer(1, 1, {0}); });
     LayerUtils::getInnerSearchRangesConstant(layer(1, 1, {100}), layer(1, 1, {104}), out[0], out[1],
                                              out[2], out[3], out[4], out[5], 40, 80, 120, 160,
                                              0.004F, 0.5F, noMask(1, 1));

@@ -27,6 +27,7 @@ constexpr int hardWeight = 1000000000;
 std::vector<int> labelsOf(const QpboGraph<int>& graph)
 {
     std::vector<int> labels;
+    labels.reserve(static_cast<std::size_t>(graph.GetNodeNum()));
     for (int i = 0; i < graph.GetNodeNum(); ++i) {
         labels.push_back(graph.GetLabel(i));
     }

@@ -139,6 +139,7 @@ private:
     std::vector<int> expand(unsigned labels) const
     {
         std::vector<int> result;
+        result.reserve(static_cast<std::size_t>(m_nodes));
         for (int i = 0; i < m_nodes; ++i) {
             result.push_back(static_cast<int>(labels >> i & 1U));
         }

@@ -105,7 +105,7 @@ void ReferenceCut::addColumns(int layer, const QList<kelp::ImagePtr>& images)
             CostFunction::Values cost;
             costFunction->computeColumnCost(pixels, top(layer, x, z), bottom(layer, x, z), cost);
             const int n = bottom(layer, x, z) - top(layer, x, z);
-            Column& ids = m_columns[static_cast<std::size_t>((layer * m_nZ + z) * m_nX + x)];
+            Column& ids = m_columns[indexOf(layer, x, z)];
             ids.first = static_cast<std::int64_t>(m_unary.size());
             ids.base = ids.first + n - 1;
             m_unary.push_back(truncated(cost[0] - cost[1]));

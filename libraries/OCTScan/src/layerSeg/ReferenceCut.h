@@ -7,6 +7,7 @@
 
 #include <QList>
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -51,10 +52,12 @@ private:
 
     bool masked(int x, int z) const { return (*m_mask)(z, x) != 0; }
     bool inside(int x, int z) const { return x >= 0 && z >= 0 && x < m_nX && z < m_nZ; }
-    const Column& column(int layer, int x, int z) const
+    std::size_t indexOf(int layer, int x, int z) const
     {
-        return m_columns[static_cast<std::size_t>((layer * m_nZ + z) * m_nX + x)];
+        const int index = (layer * m_nZ + z) * m_nX + x;
+        return static_cast<std::size_t>(index);
     }
+    const Column& column(int layer, int x, int z) const { return m_columns[indexOf(layer, x, z)]; }
     int top(int layer, int x, int z) const;
     int bottom(int layer, int x, int z) const;
 

@@ -23,7 +23,6 @@ using test::singleBScanRetina;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 const std::string aborting = "Aborting segmentation";
 

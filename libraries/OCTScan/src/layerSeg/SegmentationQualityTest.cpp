@@ -153,6 +153,7 @@ TEST(QualityWarnings, PutTheWorstFirst)
                   step({surface("ILM", atBottom, {90}), surface("GCL", withoutRoom, {3})}),
                   step({surface("BM", withoutRow, {2}), surface("ISe", withoutRow, {100})})});
     std::vector<std::string> beginnings;
+    beginnings.reserve(texts.size());
     for (const std::string& text : texts) {
         beginnings.push_back(text.substr(0, text.find(" of ")));
     }

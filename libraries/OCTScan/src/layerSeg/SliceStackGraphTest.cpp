@@ -192,7 +192,7 @@ TEST_F(SliceStackGraphTest, WithBothSurfacesAbsentTheSoftOperationsAddNothing)
     const double spacing[3] = {1.0, 1.0, 1.0};
     const double origin[2] = {0.0, 0.0};
     const LayerDistributionPtr distribution(
-        new LayerDistribution({{1.0}}, {{1.0}}, Vector3d(1.0, 1.0, 1.0), {0.0, 0.0}, "BM", "ISe"));
+        new LayerDistribution({{1.0}}, {{1.0}}, Vector3d{1.0, 1.0, 1.0}, {0.0, 0.0}, "BM", "ISe"));
     EXPECT_FALSE(graph->addConstantInterSurfaceRegularization(LayerNameBM::create(), m_ise, offsets,
                                                               3, 1.0F, m_everyColumn));
     EXPECT_FALSE(graph->addStatisticalInterSurfaceRegularization(
@@ -210,7 +210,7 @@ TEST_F(SliceStackGraphTest, TheModelsDistanceIsInRowsAndItsWeightFallsWithTheDev
     // Columns of the model 0.5 apart: the A-scans meet columns 0 and 1, the B-scans rows 0 and 1.
     const LayerDistributionPtr distribution(
         new LayerDistribution({{0.35, 0.55}, {0.75, 0.95}}, {{0.04, 0.09}, {0.0, 1.0}},
-                              Vector3d(0.5, 0.5, 0.5), {0.0, 0.0}, "ILM", "ISe"));
+                              Vector3d{0.5, 0.5, 0.5}, {0.0, 0.0}, "ILM", "ISe"));
     const double spacing[3] = {0.5, 0.1, 0.5};
     const double origin[2] = {0.0, 0.0};
     const auto graph = cut.build();

@@ -18,7 +18,6 @@ using kelp::oct::LayerNamePtr;
 using kelp::oct::LayerSelectionWidget;
 using kelp::oct::LayerVisibilityCheckBox;
 using kelp::oct::test::SegmentationScene;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {

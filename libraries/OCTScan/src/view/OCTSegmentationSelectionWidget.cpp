@@ -25,7 +25,7 @@ constexpr char sourcePath[] = "libraries/OCTScan/src/view/OCTSegmentationSelecti
 /// By id; numbers in ids count as numbers, so that "_2" comes before "_10".
 QList<OCTScanSegPtr> sortedById(QList<OCTScanSegPtr> segmentations)
 {
-    QCollator order(QLocale(QLocale::English)); // that of "C" knows no numbers
+    QCollator order{QLocale(QLocale::English)}; // that of "C" knows no numbers
     order.setNumericMode(true);
     std::stable_sort(segmentations.begin(), segmentations.end(),
                      [&order](const OCTScanSegPtr& a, const OCTScanSegPtr& b) {

@@ -254,8 +254,8 @@ void GISliceSegmentationEditor::mouseMoveEvent(QMouseEvent* event)
 {
     if (isMousePressed() && !m_stroke) {
         // The button went down elsewhere or for something else, so that an overlay would draw from
-        // wherever its last stroke ended.
-        QGraphicsView::mouseMoveEvent(event);
+        // wherever its last stroke ended: not through the viewers, which pass moves on to them.
+        QGraphicsView::mouseMoveEvent(event); // NOLINT(bugprone-parent-virtual-call)
     } else {
         GISliceSegmentationViewer::mouseMoveEvent(event);
     }

@@ -19,7 +19,6 @@ using kelp::oct::LayerNameILM;
 using kelp::oct::LayerSegmentationGIPtr;
 using kelp::oct::test::SegmentationScene;
 using kelp::oct::test::TraceCatcher;
-using testing::HasSubstr;
 
 namespace {
 

@@ -19,7 +19,7 @@ target_compile_definitions(TesseraOptions INTERFACE
     QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_DEPRECATED_WARNINGS
     TESSERA_VERSION="${PROJECT_VERSION}")
 if(TESSERA_SANITIZERS)
-    # -O1: with -O2 the compiler takes twice the time over what the sanitizers add to each line.
+    # -O1, for tests too: with -O2 the compiler takes twice the time over what the sanitizers add.
     target_compile_options(TesseraOptions INTERFACE -O1 -g1
         -fsanitize=${TESSERA_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(TesseraOptions INTERFACE -fsanitize=${TESSERA_SANITIZERS})
@@ -52,10 +52,9 @@ function(tessera_install_program name)
     install(FILES "${link}" DESTINATION bin)
 endfunction()
 
-# tessera_test(NAME SOURCES ... LIBRARIES ... [TIMEOUT seconds] [OPTIMISED]): one test program, one
-# entry of ctest. The program runs in a folder of its own and finds a settings and a store folder of
-# its own there, so that tests can run side by side. OPTIMISED is for tests that compute much
-# themselves.
+# tessera_test(NAME SOURCES ... LIBRARIES ... [TIMEOUT seconds]): one test program, one entry of
+# ctest. The program runs in a folder of its own and finds a settings and a store folder of its own
+# there, so that tests can run side by side.
 function(tessera_test name)
     tessera_test_entry(${name} "" "offscreen" GTest::gtest_main ${ARGN})
 endfunction()
@@ -68,7 +67,7 @@ function(tessera_gui_test name)
 endfunction()
 
 function(tessera_test_entry name launcher platform main_library)
-    cmake_parse_arguments(ARG "OPTIMISED" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 600)
     endif()
@@ -77,9 +76,9 @@ function(tessera_test_entry name launcher platform main_library)
         AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     target_link_libraries(${name} PRIVATE
         TesseraOptions ${ARG_LIBRARIES} ${main_library} GTest::gmock GTest::gtest)
-    if(NOT ARG_OPTIMISED)
+    if(NOT TESSERA_SANITIZERS)
         # What they test is in the libraries; optimising the tests themselves took most of the build.
-        target_compile_options(${name} PRIVATE -O0 -g1)
+        target_compile_options(${name} PRIVATE "$<$<CONFIG:RelWithDebInfo>:-O0;-g1>")
     endif()
     set(folder "${CMAKE_BINARY_DIR}/tests/${name}.run")
     file(MAKE_DIRECTORY "${folder}")

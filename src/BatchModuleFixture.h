@@ -191,9 +191,7 @@ protected:
     /// A key of the table.
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
     {
-        window().activateWindow();
-        table().setFocus();
-        ASSERT_TRUE(waiting::until([this] { return table().hasFocus(); }));
+        ASSERT_TRUE(waiting::untilFocused(table()));
         QTest::keyClick(&table(), key, modifiers);
     }
     void checkAll() const { press(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier); }

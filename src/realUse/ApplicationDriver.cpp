@@ -3,6 +3,7 @@
 #include "AppBase.h"
 #include "ApplicationAssembly.h"
 #include "SegUpdateDialog.h"
+#include "Waiting.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -14,7 +15,6 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTimerEvent>
-#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -40,6 +40,24 @@ void takeInLateQuits()
     QCoreApplication::processEvents();
     QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection);
     QApplication::exec();
+}
+
+std::string described(const QObject* object)
+{
+    if (!object) {
+        return "none";
+    }
+    return std::string(object->metaObject()->className()) + " \"" +
+           object->objectName().toStdString() + '"';
+}
+
+std::string whereTheFocusIs()
+{
+    return "active window: " + described(QApplication::activeWindow()) +
+           ", focus window: " + described(QGuiApplication::focusWindow()) +
+           ", focus widget: " + described(QApplication::focusWidget()) +
+           ", modal: " + described(QApplication::activeModalWidget()) +
+           ", popup: " + described(QApplication::activePopupWidget());
 }
 
 /// Whether one of the dialogs has come up, be it for an instant.
@@ -145,14 +163,13 @@ int ApplicationDriver::run(const Script& script, const Script& prepare)
 void ApplicationDriver::perform(const Script& script)
 {
     try {
-        form().activateWindow();
+        EXPECT_TRUE(waiting::untilActivated(form())) << whereTheFocusIs();
         script(*this);
     } catch (const Stop&) {
         // Reported where it was thrown.
     }
     if (form().isVisible()) {
-        form().activateWindow();
-        waitFor([this] { return form().isActiveWindow(); });
+        EXPECT_TRUE(waiting::untilActivated(form())) << whereTheFocusIs();
         QTest::keyClick(&form(), Qt::Key_Q, Qt::ControlModifier);
         waitFor([this] { return !form().isVisible(); });
     }
@@ -170,13 +187,15 @@ QWidget& ApplicationDriver::form() const
     return *checked(AppBase::getMainForm(), "main form");
 }
 
-bool ApplicationDriver::waitFor(const std::function<bool()>& condition, int timeoutMs)
+bool ApplicationDriver::waitFor(const std::function<bool()>& condition, int timeoutMs,
+                                const char* file, int line)
 {
     QElapsedTimer timer;
     timer.start();
     while (!condition()) {
         if (timer.elapsed() > timeoutMs) {
-            ADD_FAILURE() << "waited in vain for " << timeoutMs << " ms";
+            ADD_FAILURE_AT(file, line)
+                << "waited in vain for " << timeoutMs << " ms; " << whereTheFocusIs();
             return false;
         }
         QTest::qWait(5);
@@ -237,22 +256,9 @@ void ApplicationDriver::tick(const QString& text)
     EXPECT_NE(button->isChecked(), before) << text.toStdString();
 }
 
-void ApplicationDriver::rightClick(QWidget& widget, const QPoint& place)
-{
-    QWidget* const window = widget.window();
-    const int expected = dialogs.pending();
-    QTest::mouseClick(window->windowHandle(), Qt::RightButton, Qt::NoModifier,
-                      widget.mapTo(window, place));
-    // The events come back through the window system.
-    waitFor([this, expected] { return expected == 0 || dialogs.pending() == 0; });
-    QCoreApplication::processEvents();
-}
-
 void ApplicationDriver::press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
-    widget.activateWindow();
-    widget.setFocus();
-    waitFor([&widget] { return widget.hasFocus(); });
+    EXPECT_TRUE(waiting::untilFocused(widget)) << whereTheFocusIs();
     QTest::keyClick(&widget, key, modifiers);
 }
 

@@ -49,8 +49,6 @@ public:
     bool isEnabled(const QString& buttonText) const;
     /// Clicks the check box or radio button of this text on its indicator.
     void tick(const QString& text);
-    /// A click of the right button as the window system sends it, so that context menus come up.
-    void rightClick(QWidget& widget, const QPoint& place);
     /// A key for a widget that has the keyboard's focus by then.
     void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     /// Clicks "Cancel" in the next progress dialog as soon as it has come to this value.
@@ -84,8 +82,10 @@ public:
     int activeSlice() const;
     int layerCount() const;
 
-    /// Handles events until the condition holds; false and a failure after the time.
-    static bool waitFor(const std::function<bool()>& condition, int timeoutMs = 120000);
+    /// Handles events until the condition holds; false and a failure after the time, which tells
+    /// who waited and where the focus was.
+    static bool waitFor(const std::function<bool()>& condition, int timeoutMs = 120000,
+                        const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
     /// What makes a script stop where it is, after the failure was reported.
     struct Stop

@@ -192,7 +192,7 @@ TEST_F(RobustFiles, ResultsThatCannotBeWrittenAreToldAndTheWorkGoesOn)
         user.dialogs.expectMessage(QStringLiteral("Error saving the screenshot"),
                                    QStringLiteral("The screenshot could not be saved!"));
         auto& viewer = user.find<QAbstractScrollArea>("measurementViewer");
-        user.rightClick(*viewer.viewport(), viewer.viewport()->rect().center());
+        user.dialogs.rightClick(*viewer.viewport(), viewer.viewport()->rect().center());
         const QString picture = path(QStringLiteral("map.png"));
         savePicture(user, QStringLiteral("Save image with ETDRS"), picture);
         EXPECT_TRUE(QFile::exists(picture));

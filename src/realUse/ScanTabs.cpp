@@ -3,6 +3,7 @@
 #include "EtdrsGrid.h"
 #include "MouseEvents.h"
 #include "OCTMeasurementViewer.h"
+#include "Waiting.h"
 #include "kelpException.h"
 #include "kelpLayerSegmentationGI.h"
 
@@ -78,9 +79,7 @@ int rowOf(const ApplicationDriver& user, const QString& layer, int aScan)
 void pickLayer(ApplicationDriver& user, const QString& layer, int aScan)
 {
     GISliceSegmentationViewer& viewer = user.sliceViewer();
-    viewer.window()->activateWindow();
-    viewer.setFocus();
-    ApplicationDriver::waitFor([&viewer] { return viewer.hasFocus(); });
+    ASSERT_TRUE(waiting::untilFocused(viewer));
     const double row = rowOf(user, layer, aScan);
     QTest::keyPress(&viewer, Qt::Key_Shift);
     mouseevents::move(*viewer.viewport(), placeOf(viewer, QPointF(aScan, row)));
@@ -167,7 +166,7 @@ void savePicture(ApplicationDriver& user, const QString& entry, const QString& p
     user.dialogs.expectMenu(entry);
     user.dialogs.expectFileDialog(path);
     const CoordOnLocalizer fovea = viewer.getFovea();
-    user.rightClick(*viewer.viewport(), viewer.mapFromScene(fovea.x, fovea.y));
+    user.dialogs.rightClick(*viewer.viewport(), viewer.mapFromScene(fovea.x, fovea.y));
 }
 
 void exportAllFormats(ApplicationDriver& user, const QString& folder)

@@ -43,10 +43,7 @@ protected:
         m_form.setModuleNames({QStringLiteral("First"), QStringLiteral("Second")});
         m_form.show();
         ASSERT_TRUE(waiting::untilExposed(m_form));
-        // By the X server: what Qt alone calls active, it takes back a while after a former window
-        // has gone.
-        m_form.activateWindow();
-        ASSERT_TRUE(waiting::untilActive(m_form));
+        ASSERT_TRUE(waiting::untilActivated(m_form));
     }
 
     QMenu* menu(const QString& title) const

@@ -55,11 +55,7 @@ protected:
         m_window.resize(900, 500);
         m_window.show();
         ASSERT_TRUE(waiting::untilExposed(m_window));
-        // By the X server: what Qt alone calls active, it takes back a while after a former window
-        // has gone.
-        m_window.activateWindow();
-        ASSERT_TRUE(waiting::untilActive(m_window));
-        m_editor->setFocus();
+        ASSERT_TRUE(waiting::untilFocused(*m_editor));
     }
     QLabel& text() const { return *m_bar->findChild<QLabel*>(QStringLiteral("noticeText")); }
     QPushButton& button() const

@@ -106,9 +106,7 @@ TEST_F(LoadingWidget, TheDeleteKeyTakesTheSelectedFilesOffTheList)
     add(path("a.txt"));
     add(path("b.txt"));
     add(path("c.bin"));
-    m_widget.activateWindow();
-    list()->setFocus();
-    ASSERT_TRUE(waiting::until([this] { return list()->hasFocus(); }));
+    ASSERT_TRUE(waiting::untilFocused(*list()));
     list()->setCurrentIndex(list()->model()->index(0, 0));
     QTest::keyClick(list(), Qt::Key_Down, Qt::ShiftModifier);
     QTest::keyClick(list(), Qt::Key_Delete);

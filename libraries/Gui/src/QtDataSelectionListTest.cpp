@@ -38,8 +38,7 @@ protected:
         m_list = std::make_unique<QtDataSelectionList>();
         m_list->show();
         ASSERT_TRUE(waiting::untilExposed(*m_list));
-        m_list->activateWindow();
-        view()->setFocus();
+        ASSERT_TRUE(waiting::untilFocused(*view()));
     }
     void TearDown() override
     {

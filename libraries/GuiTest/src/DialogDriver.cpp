@@ -1,5 +1,6 @@
 #include "DialogDriver.h"
 
+#include "Waiting.h"
 #include "kelpCheck.h"
 
 #include <QAbstractButton>
@@ -9,6 +10,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QTest>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -108,6 +110,17 @@ void DialogDriver::expectFileDialog(const QString& path)
 void DialogDriver::expectMenu(const QString& entry)
 {
     m_menuEntries.append(entry);
+}
+
+void DialogDriver::rightClick(QWidget& widget, const QPoint& place)
+{
+    ASSERT_TRUE(waiting::untilActivated(widget));
+    QWidget* const window = widget.window();
+    QTest::mouseClick(window->windowHandle(), Qt::RightButton, Qt::NoModifier,
+                      widget.mapTo(window, place));
+    // The events come back through the window system.
+    EXPECT_TRUE(waiting::until([this] { return pending() == 0; }));
+    QCoreApplication::processEvents();
 }
 
 QAbstractButton* DialogDriver::findButton(QWidget& parent, const QString& text)

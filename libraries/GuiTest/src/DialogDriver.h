@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QList>
 #include <QObject>
+#include <QPoint>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -41,6 +42,9 @@ public:
 
     /// The next menu that pops up: clicks the entry of this text.
     void expectMenu(const QString& entry);
+    /// A click of the right button as the window system sends it, so that context menus come up.
+    /// Returns when all that is expected has been met.
+    void rightClick(QWidget& widget, const QPoint& place);
 
     /// Dialogs of this class are nobody's to answer: they show progress and go by themselves.
     void leaveAlone(const QByteArray& className) { m_leftAlone.insert(className); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QGuiApplication>
 #include <QTest>
 #include <QWidget>
 
@@ -23,9 +24,24 @@ inline bool untilExposed(QWidget& widget)
     return QTest::qWaitForWindowExposed(&widget, longestMs);
 }
 
-inline bool untilActive(QWidget& widget)
+/// Makes its window the active one, as a click into it does. By the X server: what Qt alone calls
+/// active it takes back a while after another window has gone, since without a window manager that
+/// leaves the focus nowhere, and then it closes the menu that is open.
+inline bool untilActivated(QWidget& widget)
 {
+    widget.activateWindow();
+    QGuiApplication::sync();
     return QTest::qWaitForWindowActive(&widget, longestMs);
+}
+
+/// Gives it the keyboard.
+inline bool untilFocused(QWidget& widget)
+{
+    if (!untilActivated(widget)) {
+        return false;
+    }
+    widget.setFocus();
+    return until([&widget] { return widget.hasFocus(); });
 }
 
 } // namespace waiting

@@ -180,7 +180,7 @@ protected:
         widget->resize(1200, 700);
         widget->show();
         ASSERT_TRUE(waiting::untilExposed(*widget));
-        widget->activateWindow();
+        ASSERT_TRUE(waiting::untilActivated(*widget));
         m_module->activate();
     }
 
@@ -234,12 +234,10 @@ protected:
         QTest::mouseClick(&button, Qt::LeftButton);
     }
 
-    /// With the keyboard's focus there; without a window manager a closed dialog leaves it nowhere.
+    /// With the keyboard's focus there.
     void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
-        widget.activateWindow();
-        ASSERT_TRUE(waiting::untilActive(widget));
-        widget.setFocus();
+        ASSERT_TRUE(waiting::untilFocused(widget));
         QTest::keyClick(&widget, key, modifiers);
     }
 

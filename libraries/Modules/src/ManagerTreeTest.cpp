@@ -1,6 +1,5 @@
 #include "ManagerTestSupport.h"
 
-#include <QContextMenuEvent>
 #include <QMenu>
 
 namespace {
@@ -26,17 +25,9 @@ protected:
         line("First")->setExpanded(true);
     }
 
-    /// A press of the right button, which the window system turns into such an event.
-    static void rightClick(QAbstractItemView& view, const QPoint& position)
-    {
-        QTest::mousePress(view.viewport(), Qt::RightButton, Qt::NoModifier, position);
-        QContextMenuEvent event(QContextMenuEvent::Mouse, position,
-                                view.viewport()->mapToGlobal(position));
-        QApplication::sendEvent(view.viewport(), &event);
-    }
     void rightClickLine(const QString& name)
     {
-        rightClick(tree(), tree().visualItemRect(line(name)).center());
+        m_dialogs.rightClick(*tree().viewport(), tree().visualItemRect(line(name)).center());
     }
 
     /// As a newer program would have written it: of a class that this one does not know.
@@ -90,11 +81,11 @@ TEST_F(ManagerTreeTest, TheRightButtonOffersWhatCanBeDoneWithAPatient)
     for (const char* const entry : {"New Patient", "New Study", "Edit", "Delete", "Export"}) {
         m_dialogs.expectMenu(entry);
         m_dialogs.expect(cancelIt());
-        rightClick(list(), ada);
+        m_dialogs.rightClick(*list().viewport(), ada);
     }
     m_dialogs.expectMenu("Import");
     m_dialogs.expectFileDialog(QString());
-    rightClick(list(), ada);
+    m_dialogs.rightClick(*list().viewport(), ada);
     EXPECT_EQ(listedNames(), QStringList("Ada"));
 }
 

@@ -27,9 +27,7 @@ protected:
         scene.addLevelLayer(SegmentationScene::name("ISe"), iseRow);
         scene.addLevelLayer(SegmentationScene::name("BM"), bmRow);
         editor.show();
-        editor.activateWindow();
-        ASSERT_TRUE(waiting::untilActive(editor));
-        editor.setFocus();
+        ASSERT_TRUE(waiting::untilFocused(editor));
         editor.setOCT(scene.scan);
         editor.setSegmentation(scene.segmentation);
         ASSERT_TRUE(waitFor(Qt::CrossCursor));

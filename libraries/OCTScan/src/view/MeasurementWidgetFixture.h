@@ -87,12 +87,7 @@ protected:
         const auto& label = find<QLabel>("coverageNote");
         return label.isVisible() ? label.text() : QString();
     }
-    void focus(QWidget& widget)
-    {
-        m_widget.activateWindow();
-        widget.setFocus();
-        EXPECT_TRUE(waiting::until([&widget] { return widget.hasFocus(); }));
-    }
+    static void focus(QWidget& widget) { EXPECT_TRUE(waiting::untilFocused(widget)); }
 
     MeasurementWidget m_widget;
 };

@@ -224,10 +224,7 @@ TEST_F(Measurement, CopiesTheWholeTableWithItsLabels)
     };
     DialogDriver dialogs;
     dialogs.expectMenu(QStringLiteral("Copy Table"));
-    QTest::mouseClick(m_widget.windowHandle(), Qt::RightButton, Qt::NoModifier,
-                      table().viewport()->mapTo(&m_widget, middleOf(2, 2)));
-    EXPECT_TRUE(waiting::until([&dialogs] { return dialogs.pending() == 0; }));
-    QCoreApplication::processEvents();
+    dialogs.rightClick(*table().viewport(), middleOf(2, 2));
     expectWholeTable();
     QApplication::clipboard()->clear();
     focus(table());

@@ -38,15 +38,9 @@ protected:
 
     QString path(const char* name) const { return m_folder.filePath(QString::fromUtf8(name)); }
 
-    /// A click of the right button as the window system sends it, answered by the driver.
     void rightClick()
     {
-        const QPoint place = m_viewer.mapFromScene(4.0, 4.0);
-        QTest::mouseClick(m_viewer.windowHandle(), Qt::RightButton, Qt::NoModifier,
-                          m_viewer.viewport()->mapTo(m_viewer.window(), place));
-        // The events come back through the window system.
-        EXPECT_TRUE(waiting::until([this] { return m_dialogs.pending() == 0; }));
-        QCoreApplication::processEvents();
+        m_dialogs.rightClick(*m_viewer.viewport(), m_viewer.mapFromScene(4.0, 4.0));
     }
 
     void save(const char* entry, const QString& file)

@@ -72,8 +72,7 @@ TEST_F(SegmentationEditorWidget, ShowsWhichLayerIsPicked)
 TEST_F(SegmentationEditorWidget, TellsThatALayerWasCorrected)
 {
     widget.show();
-    widget.activateWindow();
-    ASSERT_TRUE(waiting::untilActive(widget));
+    ASSERT_TRUE(waiting::untilActivated(widget));
     auto* const editor = widget.getViewer();
     ASSERT_TRUE(waiting::until([editor] { return editor->cursor().shape() == Qt::CrossCursor; }));
     QSignalSpy edited(&widget, SIGNAL(segmentationEdited()));

@@ -333,8 +333,7 @@ TEST(SegmentationViewerFocus, GetsTheKeyboardWhereTheMouseIsUnlessSomebodyTypes)
     layout->addWidget(list);
     layout->addWidget(viewer);
     window.show();
-    window.activateWindow();
-    ASSERT_TRUE(waiting::untilActive(window));
+    ASSERT_TRUE(waiting::untilActivated(window));
 
     QEvent enter(QEvent::Enter);
     search->setFocus();

@@ -28,7 +28,10 @@ bool SegStep::begin(const char* openingLine, const OCTScanSegPtr& octSeg)
     }
     m_watcher.beginStepStatistics(QString::fromStdString(m_slot));
     m_counting = true;
-    m_watcher.startStep();
+    if (!m_watcher.startStep()) {
+        abortSeen(m_watcher); // says so
+        return false;
+    }
     setStatus(openingLine);
     setProgress(0.0F);
     return require(octSeg, "OCT segmentation is null.") &&

@@ -19,22 +19,31 @@ SegWatcher::SegWatcher() : m_abortFlag(std::make_shared<std::atomic<bool>>(false
 
 void SegWatcher::addStep()
 {
+    const std::lock_guard lock(m_mutex);
     ++m_nrSteps;
 }
 
-void SegWatcher::startStep()
+bool SegWatcher::startStep()
 {
+    std::unique_lock lock(m_mutex);
+    if (isAborted()) {
+        return false;
+    }
     const unsigned currentStep = ++m_currentStep;
+    const unsigned nrSteps = m_nrSteps;
+    lock.unlock();
     if (currentStep == 1) {
         emit segmentationStarted();
     } else {
         emit statusChanged(
-            QString("Segmentation step %1 of %2 has started").arg(currentStep).arg(m_nrSteps));
+            QString("Segmentation step %1 of %2 has started").arg(currentStep).arg(nrSteps));
     }
+    return true;
 }
 
 void SegWatcher::finishStep()
 {
+    std::unique_lock lock(m_mutex);
     // An abort may fall between a step's last check and its end. The run has then told its failure,
     // must not tell a success as well, and stays stopped until it is reset.
     if (isAborted()) {
@@ -42,24 +51,27 @@ void SegWatcher::finishStep()
     }
     const unsigned currentStep = m_currentStep;
     const unsigned nrSteps = m_nrSteps;
+    lock.unlock();
     if (currentStep < nrSteps) {
         emit statusChanged(
             QString("Segmentation step %1 of %2 has finished \n\n").arg(currentStep).arg(nrSteps));
         return;
     }
     emit segmentationSuccess();
+    lock.lock();
     m_nrSteps = 0;
     m_currentStep = 0;
 }
 
 void SegWatcher::setStepProgress(float fraction)
 {
-    const unsigned planned = m_nrSteps;
-    if (planned == 0) {
+    std::unique_lock lock(m_mutex);
+    if (m_nrSteps == 0) {
         return;
     }
-    const auto nrSteps = static_cast<float>(planned);
-    const auto currentStep = static_cast<float>(m_currentStep.load());
+    const auto nrSteps = static_cast<float>(m_nrSteps);
+    const auto currentStep = static_cast<float>(m_currentStep);
+    lock.unlock();
     const float percentage = ((currentStep - 1.0F) / nrSteps + fraction / nrSteps) * 100.0F;
     emit segmentationProgress(static_cast<int>(std::lrint(percentage)));
 }
@@ -72,6 +84,7 @@ void SegWatcher::setStatus(const QString& message)
 void SegWatcher::fail(const QString& message)
 {
     emit segmentationFailure(message);
+    const std::lock_guard lock(m_mutex);
     m_abortFlag->store(true, std::memory_order_relaxed);
     m_nrSteps = 0;
     m_currentStep = 0;
@@ -84,7 +97,7 @@ void SegWatcher::abort()
 
 void SegWatcher::reset()
 {
-    const std::lock_guard lock(m_statisticsMutex);
+    const std::lock_guard lock(m_mutex);
     m_abortFlag->store(false, std::memory_order_relaxed);
     m_nrSteps = 0;
     m_currentStep = 0;
@@ -94,7 +107,7 @@ void SegWatcher::reset()
 
 void SegWatcher::beginStepStatistics(const QString& name)
 {
-    const std::lock_guard lock(m_statisticsMutex);
+    const std::lock_guard lock(m_mutex);
     m_openSteps.push_back({m_statistics.size(), std::chrono::steady_clock::now()});
     StepStatistics step;
     step.name = name;
@@ -103,7 +116,7 @@ void SegWatcher::beginStepStatistics(const QString& name)
 
 void SegWatcher::endStepStatistics()
 {
-    const std::lock_guard lock(m_statisticsMutex);
+    const std::lock_guard lock(m_mutex);
     if (m_openSteps.empty()) {
         return;
     }
@@ -119,12 +132,12 @@ void SegWatcher::leaveStep()
 {
     // Orders what the step did before what reset does next. The thread's end is waited for inside
     // Qt, which orders it too, but where no sanitizer can see it.
-    const std::lock_guard lock(m_statisticsMutex);
+    const std::lock_guard lock(m_mutex);
 }
 
 void SegWatcher::addCutStatistics(const CutStatistics& cut)
 {
-    const std::lock_guard lock(m_statisticsMutex);
+    const std::lock_guard lock(m_mutex);
     if (!m_openSteps.empty()) {
         m_statistics[m_openSteps.back().index].cuts.push_back(cut);
     }
@@ -132,7 +145,7 @@ void SegWatcher::addCutStatistics(const CutStatistics& cut)
 
 void SegWatcher::addCutQuality(const std::vector<SurfaceQuality>& surfaces, double seconds)
 {
-    const std::lock_guard lock(m_statisticsMutex);
+    const std::lock_guard lock(m_mutex);
     if (!m_openSteps.empty()) {
         StepStatistics& step = m_statistics[m_openSteps.back().index];
         step.surfaces.insert(step.surfaces.end(), surfaces.begin(), surfaces.end());
@@ -142,7 +155,7 @@ void SegWatcher::addCutQuality(const std::vector<SurfaceQuality>& surfaces, doub
 
 std::vector<StepStatistics> SegWatcher::getStatistics() const
 {
-    const std::lock_guard lock(m_statisticsMutex);
+    const std::lock_guard lock(m_mutex);
     return m_statistics;
 }
 

@@ -30,7 +30,10 @@ public:
     void requestAbort() { m_abortFlag->store(true, std::memory_order_relaxed); }
 
     void addStep();
-    void startStep();
+    /// False, and nothing is told or counted, if the run was stopped: an abort on the other thread
+    /// may come after a step's own look at the flag, and a step that counted from the cleared
+    /// counters would tell the start of another run.
+    bool startStep();
     void finishStep();
     /// From 0 to 1 within the current step.
     void setStepProgress(float fraction);
@@ -62,11 +65,11 @@ signals:
     void segmentationProgress(int percentageFinished);
 
 private:
-    std::atomic<unsigned> m_nrSteps{0};
-    std::atomic<unsigned> m_currentStep{0};
     std::shared_ptr<std::atomic<bool>> m_abortFlag;
+    mutable std::mutex m_mutex; ///< guards all below; never held while something is told
+    unsigned m_nrSteps = 0;
+    unsigned m_currentStep = 0;
 
-    mutable std::mutex m_statisticsMutex;
     struct OpenStep
     {
         std::size_t index = 0;

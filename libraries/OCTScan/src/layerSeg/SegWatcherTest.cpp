@@ -88,6 +88,25 @@ TEST(SegWatcher, AbortTellsOneFailureAndStopsUntilReset)
     EXPECT_FALSE(watcher.isAborted());
 }
 
+/// The step looked at the flag just before, and the counters begin anew.
+TEST(SegWatcher, TellsNoStartForAStepThatBeginsAfterAnAbort)
+{
+    SegWatcher watcher;
+    watcher.addStep();
+    watcher.addStep();
+    EXPECT_TRUE(watcher.startStep());
+    watcher.finishStep();
+    watcher.abort();
+    const RunRecorder recorder(watcher);
+    EXPECT_FALSE(watcher.startStep());
+    EXPECT_THAT(recorder.events(), IsEmpty());
+
+    watcher.reset();
+    watcher.addStep();
+    EXPECT_TRUE(watcher.startStep());
+    EXPECT_THAT(recorder.events(), ElementsAre("started"));
+}
+
 TEST(SegWatcher, ReportsNoSuccessForAStepThatEndsAfterAnAbort)
 {
     SegWatcher watcher;

@@ -4,12 +4,10 @@
 #include "ExpectFailure.h"
 #include "MeasurementTestTools.h"
 #include "MeasurementWidgetFixture.h"
-#include "Waiting.h"
 
 #include <QClipboard>
 #include <QGroupBox>
 #include <QSignalSpy>
-#include <QWindow>
 
 #include <array>
 #include <map>

@@ -7,7 +7,6 @@
 
 #include <QFileDialog>
 #include <QTemporaryDir>
-#include <QWindow>
 
 #include <gmock/gmock.h>
 

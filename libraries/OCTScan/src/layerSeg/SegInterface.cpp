@@ -61,6 +61,13 @@ void SegInterface::stopThread()
 void SegInterface::resetSegmentation()
 {
     stopThread();
+    // Later, when the caller has queued all steps: a first one that ended before the second was
+    // counted would tell the success of the run.
+    QMetaObject::invokeMethod(this, "startThread", Qt::QueuedConnection);
+}
+
+void SegInterface::startThread()
+{
     m_thread.start(QThread::InheritPriority);
 }
 

@@ -27,8 +27,8 @@ public:
     SegInterface();
     ~SegInterface() override;
 
-    /// Ends whatever runs and starts on a fresh thread. A step under way is asked to stop and given
-    /// 5 s; only then is its thread terminated.
+    /// Ends whatever runs and starts on a fresh thread, as soon as the caller is back in the event
+    /// loop. A step under way is asked to stop and given 5 s; only then is its thread terminated.
     void resetSegmentation();
 
     void segmentCoarse(OCTScanSegPtr octSeg);
@@ -56,6 +56,9 @@ signals:
     void segmentationSuccess();
     void segmentationFailure(QString message);
     void segmentationProgress(int percentageFinished);
+
+private slots:
+    void startThread();
 
 private:
     /// Unwinds the worker thread, by force if it must, drops what waits in its queue, and

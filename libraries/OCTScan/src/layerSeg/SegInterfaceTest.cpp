@@ -12,6 +12,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <thread>
+
 namespace kelp::oct {
 namespace {
 
@@ -286,6 +289,7 @@ TEST_F(Interface, AResetInMidRunKillsWhatWasLeftAndTheNextRunIsWhole)
     EXPECT_TRUE(segInterface.getStatistics().empty());
 
     const OCTScanSegPtr segmentation = Retina().makeSegmentation();
+    segInterface.resetSegmentation();
     queueChain(segInterface, segmentation, SegmentationChain::Mouse, false, false);
     waitForEvent("success");
     settle();
@@ -293,6 +297,21 @@ TEST_F(Interface, AResetInMidRunKillsWhatWasLeftAndTheNextRunIsWhole)
     EXPECT_EQ(recorder.count("started"), 1);
     EXPECT_EQ(recorder.count("success"), 1);
     EXPECT_THAT(recorder.statuses(), Contains("Segmentation step 4 of 4 has started"));
+}
+
+TEST_F(Interface, TellsTheSuccessOfTheWholeRunHoweverLongItsQueueingTakes)
+{
+    constexpr auto longerThanAStep = std::chrono::milliseconds(500);
+    const OCTScanSegPtr segmentation = Retina().makeSegmentation();
+    segInterface.resetSegmentation();
+    segInterface.segmentCoarse(segmentation);
+    std::this_thread::sleep_for(longerThanAStep);
+    segInterface.segmentILMFine(segmentation, false, false);
+    waitForEvent("success");
+    settle();
+    EXPECT_EQ(recorder.count("started"), 1);
+    EXPECT_EQ(recorder.count("success"), 1);
+    EXPECT_THAT(recorder.statuses(), Contains("Segmentation step 2 of 2 has started"));
 }
 
 TEST_F(Interface, ARunAfterAnAbortIsWhole)
